@@ -1,0 +1,73 @@
+# Gorvan — top-level commands. Everything builds out of tree with CMake + Ninja.
+#   make deps    install the Debian packages that are missing (root or sudo)
+#   make         configure and build in build/
+#   make run     deps + build + start (gorvan-cli with ARGS until the desktop program exists)
+#   make test    deps + build + every test through ctest
+#   make bench   build and run the benchmarks (release build in build-bench/)
+#   make fuzz    build the libFuzzer targets with clang and run each for FUZZ_SECONDS
+
+BUILD_DIR     ?= build
+BUILD_TYPE    ?= RelWithDebInfo
+JOBS          ?= $(shell nproc)
+FUZZ_SECONDS  ?= 60
+ARGS          ?= --help
+
+PACKAGES := cmake ninja-build pkg-config g++ clang libclang-rt-14-dev \
+            libgtest-dev libgmock-dev libbenchmark-dev \
+            libcli11-dev nlohmann-json3-dev libpcre2-dev libarchive-dev libblkid-dev \
+            e2fsprogs
+
+SUDO := $(shell [ "$$(id -u)" = 0 ] || echo sudo)
+
+.PHONY: all deps configure build run test bench fuzz sanitize clean
+
+all: build
+
+deps:
+	@missing=$$(for p in $(PACKAGES); do \
+	    dpkg-query -W -f='$${Status}\n' $$p 2>/dev/null | grep -q 'install ok installed' || echo $$p; \
+	  done); \
+	if [ -n "$$missing" ]; then \
+	  echo "Installing:" $$missing; \
+	  $(SUDO) apt-get update -qq && \
+	  DEBIAN_FRONTEND=noninteractive $(SUDO) apt-get install -y -qq --no-install-recommends $$missing; \
+	fi
+
+$(BUILD_DIR)/build.ninja:
+	cmake -S . -B $(BUILD_DIR) -G Ninja -DCMAKE_BUILD_TYPE=$(BUILD_TYPE)
+
+configure: $(BUILD_DIR)/build.ninja
+
+build: configure
+	cmake --build $(BUILD_DIR) -j $(JOBS)
+
+run: deps build
+	./$(BUILD_DIR)/src/cli/gorvan-cli $(ARGS)
+
+test: deps build
+	cd $(BUILD_DIR) && ctest --output-on-failure -j $(JOBS)
+
+sanitize: deps
+	cmake -S . -B build-asan -G Ninja -DCMAKE_BUILD_TYPE=Debug -DGORVAN_SANITIZE=ON
+	cmake --build build-asan -j $(JOBS)
+	cd build-asan && ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1 \
+	  ctest --output-on-failure -j $(JOBS)
+
+bench: deps
+	cmake -S . -B build-bench -G Ninja -DCMAKE_BUILD_TYPE=Release -DGORVAN_TESTS=OFF -DGORVAN_BENCH=ON
+	cmake --build build-bench -j $(JOBS)
+	@for b in build-bench/bench/bench_*; do echo "== $$b"; $$b || exit 1; done
+
+fuzz: deps
+	CC=clang CXX=clang++ cmake -S . -B build-fuzz -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo \
+	  -DGORVAN_TESTS=OFF -DGORVAN_FUZZ=ON
+	cmake --build build-fuzz -j $(JOBS)
+	@for f in build-fuzz/fuzz/fuzz_*; do \
+	  echo "== $$f for $(FUZZ_SECONDS) s"; \
+	  mkdir -p build-fuzz/corpus/$$(basename $$f); \
+	  $$f -max_total_time=$(FUZZ_SECONDS) -rss_limit_mb=2048 -print_final_stats=1 \
+	    build-fuzz/corpus/$$(basename $$f) || exit 1; \
+	done
+
+clean:
+	rm -rf build build-asan build-bench build-fuzz
