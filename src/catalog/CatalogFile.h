@@ -1,0 +1,102 @@
+#pragma once
+// CatalogFile: the open catalog as every cursor sees it — the data file, the
+// header record, the text encoding and a sticky error. Cursors hold a pointer to
+// it the way they would hold a file number.
+//
+// Every record read is checked: the id must leave room for the whole block
+// inside the file and the block must carry its own id (categories also their
+// kind byte). Every text read is checked: count >= 0, inside the file. The first
+// failure is kept (error()) and turns later walks into clean ends, so that a
+// damaged catalog gives the data-file error and never a crash or a hang.
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "catalog/DataFile.h"
+#include "catalog/Records.h"
+#include "catalog/Status.h"
+#include "catalog/TextCodec.h"
+
+namespace gorvan {
+
+class CatalogFile {
+ public:
+  CatalogFile(std::unique_ptr<DataFile> data, std::string path);
+
+  DataFile& data() { return *data_; }
+  const std::string& path() const { return path_; }
+  HeaderRecord& header() { return header_; }
+  const HeaderRecord& header() const { return header_; }
+  TextEncoding encoding() const {
+    return header_.IsUtf8() ? TextEncoding::kUtf8 : TextEncoding::kWindows1252;
+  }
+  int64_t Length() const { return data_->Length(); }
+
+  // True when a block of size bytes at id lies inside the file.
+  bool IsBlockInside(int32_t id, size_t size) const {
+    return id >= 1 && static_cast<int64_t>(id) - 1 + static_cast<int64_t>(size) <= Length();
+  }
+  // The most records of a size one chain could hold; a longer walk is a cycle.
+  int64_t MaxChainLength(size_t size) const { return Length() / static_cast<int64_t>(size) + 1; }
+
+  bool Read(int32_t id, HeaderRecord* out);
+  bool Read(int32_t id, CdRecord* out);
+  bool Read(int32_t id, DirRecord* out);
+  bool Read(int32_t id, FileRecord* out);
+  bool Read(int32_t id, CatRecord* out);
+
+  // Writes a block at its own id.
+  template <typename Record>
+  bool Write(const Record& rec) {
+    uint8_t buf[Record::kSize];
+    rec.EncodeTo(buf);
+    return Check(data_->Write(rec.id, buf, Record::kSize));
+  }
+  bool WriteHeader();
+
+  // Appends a zeroed block of size bytes and returns its id (0 on failure).
+  int32_t AppendBlock(size_t size);
+
+  // Text as UTF-8 (converted from the catalog's encoding); "" on failure.
+  bool ReadText(const TextRef& ref, std::string* out);
+  // Text bytes exactly as stored.
+  bool ReadRawText(const TextRef& ref, std::string* out);
+  // The catalog's text-writing rule: the old count leaves *bytesDelta, the new
+  // text is appended at the end (never over the old bytes) and its count joins
+  // *bytesDelta; the empty text stores position 0 and count 0 and appends
+  // nothing. The caller rewrites the record afterwards.
+  bool WriteText(std::string_view utf8, TextRef* ref, int64_t* bytesDelta);
+  bool WriteRawText(std::string_view raw, TextRef* ref, int64_t* bytesDelta);
+
+  // Adds delta to the bytes used of a disc (after edits outside a scan).
+  bool AdjustCdBytes(int32_t cdId, int64_t delta);
+
+  bool ok() const { return error_.ok(); }
+  const Status& error() const { return error_; }
+  // Records the first failure; returns false so callers can `return Fail(...)`.
+  bool Fail(const Status& s);
+  void ClearError() { error_ = Status::OK(); }
+
+  // Characters replaced by "?" because the catalog's encoding cannot hold them.
+  size_t warnings() const { return warnings_; }
+  size_t TakeWarnings() {
+    const size_t n = warnings_;
+    warnings_ = 0;
+    return n;
+  }
+
+ private:
+  bool Check(const Status& s) { return s.ok() ? true : Fail(s); }
+  bool ReadBlock(int32_t id, size_t size, uint8_t* buf, const char* kind);
+
+  std::unique_ptr<DataFile> data_;
+  std::string path_;
+  HeaderRecord header_;
+  Status error_;
+  size_t warnings_ = 0;
+  std::string scratch_;
+};
+
+}  // namespace gorvan

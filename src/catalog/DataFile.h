@@ -1,0 +1,74 @@
+#pragma once
+// DataFile: byte-addressed access to a catalog file, 1-based positions as the
+// format counts them.
+//
+// Writes at or beyond the on-disk length (appends, and rewrites of blocks that
+// were appended recently) land in a write-behind buffer over the file's tail
+// and reach the file in large writes on Flush() or when the buffer passes a few
+// MiB. Writes below the on-disk length go straight to the file. Reads see the
+// buffer, and reads of the on-disk part go through one read-ahead window, so a
+// walk costs a system call per window, not per record or field.
+//
+// A failed flush (a full disk, an I/O error) cuts the file back to its last
+// good length, drops the buffer and leaves the DataFile in an error state in
+// which every further write fails with that error; what was on disk before
+// stays readable.
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "catalog/FileIO.h"
+#include "catalog/Status.h"
+
+namespace gorvan {
+
+class DataFile {
+ public:
+  static constexpr size_t kFlushThreshold = 4u << 20;
+  static constexpr size_t kWindowSize = 256u << 10;
+
+  explicit DataFile(std::unique_ptr<FileIO> io);
+  DataFile(const DataFile&) = delete;
+  DataFile& operator=(const DataFile&) = delete;
+  ~DataFile();  // flushes what is buffered; errors are lost, so call Flush first
+
+  // Opens (and with create, creates) the file at path with an exclusive lock.
+  static Status Open(const std::string& path, bool create, std::unique_ptr<DataFile>* out);
+  // Wraps an already opened file (tests pass a failing one).
+  static Status Wrap(std::unique_ptr<FileIO> io, std::unique_ptr<DataFile>* out);
+
+  // Logical length: what is on disk plus what is buffered.
+  int64_t Length() const { return flushed_ + static_cast<int64_t>(tail_.size()); }
+
+  // Reads n bytes at 1-based position pos. Fails with Corruption when any of
+  // them lies outside the file.
+  Status Read(int64_t pos, void* dst, size_t n);
+  // Writes n bytes at 1-based pos; pos may be at most Length() + 1.
+  Status Write(int64_t pos, const void* src, size_t n);
+  // Appends n bytes at the end; *pos receives their 1-based position.
+  Status Append(const void* src, size_t n, int64_t* pos);
+  // Writes the buffer to the file.
+  Status Flush();
+  // Flush, then fsync.
+  Status Sync();
+
+  const Status& error() const { return error_; }
+
+ private:
+  Status Load();
+  Status ReadDisk(int64_t offset, char* dst, size_t n);
+  void PatchWindow(int64_t offset, const char* src, size_t n);
+
+  std::unique_ptr<FileIO> io_;
+  int64_t flushed_ = 0;        // bytes on disk
+  std::vector<char> tail_;     // bytes from flushed_ on, not yet written
+  std::vector<char> window_;   // read-ahead copy of [windowStart_, +windowLen_)
+  int64_t windowStart_ = 0;
+  size_t windowLen_ = 0;
+  Status error_;
+};
+
+}  // namespace gorvan

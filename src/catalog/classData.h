@@ -1,0 +1,153 @@
+#pragma once
+// classData: the open catalog. It owns the file for as long as the catalog is
+// open, holds the header record, and hands out the disc and category cursors.
+//
+// Failure is reported the way the rest of the program expects it: Boolean
+// results plus an error state (GetError) and, for the details, GetErrorText.
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "catalog/CatalogFile.h"
+#include "catalog/FileIO.h"
+#include "catalog/Records.h"
+#include "catalog/TextCodec.h"
+#include "catalog/classCat.h"
+#include "catalog/classCd.h"
+
+namespace gorvan {
+
+inline constexpr const char* kWrongVersionMessage =
+    "Error!!\nWrong Version of the Data File\nCan't Use newer version data";
+inline constexpr const char* kDataFileErrorMessage =
+    "Data File Error (1001) !!! Please Start Gorvan Again. If the error persist, then use your "
+    "data backup";
+inline constexpr const char* kDefaultCatalogName = "Gorvan";
+
+class classData {
+ public:
+  enum ErrorState : int {
+    kNoError = 0,
+    kWrongVersion = 1,       // signature or version is not ours
+    kPasswordNotGiven = 2,   // the catalog's password was not passed
+    kNoFileName = -3,
+    kDataFileError = 1001,   // the file is damaged
+    kCannotOpen = 1002,      // the system would not open the file (rights, in use, ...)
+  };
+
+  // Given the catalog's current password, asks the user and returns true when
+  // the user passed (AskPassword).
+  using PasswordPrompt = std::function<bool(const std::string& current)>;
+
+  classData();
+  ~classData();
+  classData(const classData&) = delete;
+  classData& operator=(const classData&) = delete;
+
+  // Opens the catalog, or creates it when no file of that name exists. With
+  // askPassword set, a catalog with a password is opened only when the prompt
+  // passes. With setDefaults set, a new catalog gets its default texts (name
+  // "Gorvan"). Only the header is written: the last-opened date, and for a new
+  // catalog the whole header. A refused catalog is not written at all.
+  bool OpenFiles(const std::string& name, bool askPassword, bool setDefaults);
+  // Opens over an already opened file (tests use a failing one).
+  bool OpenWith(std::unique_ptr<FileIO> io, const std::string& name, bool exists,
+                bool askPassword, bool setDefaults);
+  void CloseFiles();
+  bool IsOpen() const { return file_ != nullptr; }
+  int GetError() const { return error_; }
+  // The message for the last failure: the product's own words where it has them.
+  std::string GetErrorText() const;
+  const std::string& GetDataFileName() const { return fileName_; }
+
+  void SetPasswordPrompt(PasswordPrompt prompt) { passwordPrompt_ = std::move(prompt); }
+  // The encoding of catalogs created from now on (UTF-8 unless changed).
+  void SetNewCatalogEncoding(TextEncoding enc) { newEncoding_ = enc; }
+  TextEncoding GetEncoding() const;
+
+  int16_t VersionMajor() const { return file_->header().versionMajor; }
+  int16_t VersionMinor() const { return file_->header().versionMinor; }
+  int16_t VersionRevision() const { return file_->header().versionRevision; }
+
+  const HeaderRecord& GetTableHeader() const { return file_->header(); }
+  bool recordWrite();
+
+  // Discs.
+  classCd& GetCdGoto(int32_t id);
+  classCd& GetCdFirst();
+  classCd& GetCdNext();
+  bool GetCdEof() const { return cd_.isEof(); }
+  int32_t GetCdCount() const { return file_->header().cdCount; }
+  // A new disc block, unlinked until GetCdCommit.
+  classCd& GetCdAppend();
+  // Links the loaded disc at the end of the chain, after its records are on disk.
+  bool GetCdCommit();
+  // Takes a disc out of the chain; its records stay as garbage.
+  bool GetCdDelete(int32_t id);
+
+  // Categories.
+  classCat& GetCatGoto(int32_t id);
+  classCat& GetCatFirst();
+  classCat& GetCatNext();
+  bool GetCatEof() const { return cat_.isEof(); }
+  int32_t GetCatCount() const { return file_->header().catCount; }
+  classCat& GetCatAppend();
+  bool GetCatCommit();
+  bool GetCatDelete(int32_t id);
+
+  struct PhysicalSize {
+    int64_t bytesUsed = 0;   // header, categories and discs with all they hold
+    int64_t fileLength = 0;
+    int64_t garbage = 0;     // what compacting would reclaim
+  };
+  // "Calculating Data Size": sums the bytes used of the header, every category
+  // and every disc and sets them against the file length.
+  bool CalcPhysicalSize(PhysicalSize* out);
+
+  // Header texts.
+  std::string GetDataName() const { return Text(file_->header().name); }
+  std::string GetDataNotes() const { return Text(file_->header().notes); }
+  std::string GetDataExtra() const { return Text(file_->header().extra); }
+  std::string GetDataFont() const { return Text(file_->header().font); }
+  std::string GetDataIconKey() const { return Text(file_->header().iconKey); }
+  // The password in clear (stored scrambled by Cipher).
+  std::string GetDataPassword() const;
+  bool SetDataName(const std::string& v) { return SetText(&file_->header().name, v); }
+  bool SetDataNotes(const std::string& v) { return SetText(&file_->header().notes, v); }
+  bool SetDataExtra(const std::string& v) { return SetText(&file_->header().extra, v); }
+  bool SetDataFont(const std::string& v) { return SetText(&file_->header().font, v); }
+  bool SetDataIconKey(const std::string& v) { return SetText(&file_->header().iconKey, v); }
+  bool SetDataPassword(const std::string& clear);
+
+  // The font the catalog is shown in: its font text, or the default.
+  std::string DisplayFont() const;
+
+  // Writes what is buffered; Sync also forces it to the disk.
+  bool Flush();
+  bool Sync();
+
+  // The open file as the cursors see it (for cursors of one's own).
+  CatalogFile* file() { return file_.get(); }
+  // True while no read or write has failed since the catalog was opened.
+  bool ok() const { return file_ && file_->ok(); }
+  Status status() const;
+
+ private:
+  std::string Text(const TextRef& ref) const;
+  bool SetText(TextRef* ref, const std::string& value);
+  bool Refuse(int error, const std::string& detail);
+  void CreateHeader();
+
+  std::unique_ptr<CatalogFile> file_;
+  classCd cd_;
+  classCat cat_;
+  int error_ = kNoError;
+  std::string errorDetail_;
+  std::string fileName_;
+  PasswordPrompt passwordPrompt_;
+  TextEncoding newEncoding_ = TextEncoding::kUtf8;
+};
+
+}  // namespace gorvan

@@ -1,0 +1,14 @@
+// The test main: every test process gets its own application folder, so that the
+// error log and settings written by the code under test never touch the user's.
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <string>
+
+int main(int argc, char** argv) {
+  std::string home = std::string(std::getenv("TMPDIR") ? std::getenv("TMPDIR") : "/tmp") +
+                     "/gorvan-home-XXXXXX";
+  if (mkdtemp(home.data())) setenv("GORVAN_HOME", home.c_str(), 1);
+  testing::InitGoogleTest(&argc, argv);
+  return RUN_ALL_TESTS();
+}
