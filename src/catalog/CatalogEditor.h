@@ -1,0 +1,44 @@
+#pragma once
+// CatalogEditor: the edits a user makes to an open catalog — categories, discs,
+// folder and file notes — with the catalog's rules applied. Each returns OK or
+// a Status whose message is what the user is shown.
+
+#include <cstdint>
+#include <string>
+
+#include "catalog/Status.h"
+#include "catalog/classData.h"
+
+namespace gorvan {
+
+class CatalogEditor {
+ public:
+  explicit CatalogEditor(classData* data) : data_(data) {}
+
+  // A new category under parent (0: top level); an empty name gives "New Category".
+  Status AddCategory(const std::string& name, int32_t parent, int32_t* newId);
+  Status RenameCategory(int32_t id, const std::string& name);
+  Status MoveCategory(int32_t id, int32_t newParent);
+  Status DeleteCategory(int32_t id);
+
+  Status DeleteDisc(int32_t id);
+  Status RenameDisc(int32_t id, const std::string& name);
+  Status SetDiscNotes(int32_t id, const std::string& notes);
+  Status MoveDisc(int32_t id, int32_t category);
+
+  Status SetFolderNotes(int32_t id, const std::string& notes);
+  Status SetFileNotes(int32_t id, const std::string& notes);
+
+  // True when category id is ancestor or the same as category of.
+  bool IsSameOrAncestor(int32_t id, int32_t of);
+  bool CategoryHasChildren(int32_t id);
+
+ private:
+  Status FindCategory(int32_t id);
+  Status FindDisc(int32_t id);
+  Status Done();
+
+  classData* data_;
+};
+
+}  // namespace gorvan

@@ -1,0 +1,223 @@
+// gorvan-cli create, info, ls, dump and check.
+#include <CLI/CLI.hpp>
+#include <nlohmann/json.hpp>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <iostream>
+
+#include "catalog/CatalogCheck.h"
+#include "catalog/TextFormat.h"
+#include "cli/CliContext.h"
+#include "cli/Commands.h"
+
+namespace gorvan::cli {
+namespace {
+
+using nlohmann::json;
+
+std::string ShownPath(std::string path) {
+  std::replace(path.begin(), path.end(), '\\', '/');
+  return path;
+}
+
+int Create(CliContext& ctx, const std::string& file, bool ansi) {
+  struct stat st;
+  if (::stat(file.c_str(), &st) == 0) return ctx.Fail(file + " already exists");
+  classData data;
+  data.SetNewCatalogEncoding(ansi ? TextEncoding::kWindows1252 : TextEncoding::kUtf8);
+  if (!data.OpenFiles(file, false, true)) return ctx.Fail(data.GetErrorText());
+  if (!data.Sync()) return ctx.Fail(data.status());
+  return kExitOk;
+}
+
+int Info(CliContext& ctx) {
+  int code = 0;
+  classData* data = ctx.Open(&code);
+  if (!data) return code;
+  const HeaderRecord& h = data->GetTableHeader();
+  classData::PhysicalSize size;
+  data->CalcPhysicalSize(&size);
+  std::cout << "file: " << data->GetDataFileName() << "\n"
+            << "name: " << TsvEscape(data->GetDataName()) << "\n"
+            << "version: " << h.versionMajor << "." << h.versionMinor << "." << h.versionRevision
+            << "\n"
+            << "encoding: " << (h.IsUtf8() ? "UTF-8" : "Windows-1252") << "\n"
+            << "created: " << FormatGeneralDate(h.created) << "\n"
+            << "last opened: " << FormatGeneralDate(h.lastOpened) << "\n"
+            << "password: " << (h.password.count > 0 ? "yes" : "no") << "\n"
+            << "discs: " << h.cdCount << "\n"
+            << "categories: " << h.catCount << "\n"
+            << "file length: " << size.fileLength << "\n"
+            << "bytes used: " << size.bytesUsed << "\n"
+            << "garbage: " << size.garbage << "\n";
+  return ctx.Finish();
+}
+
+int ListDiscs(classData& data) {
+  for (classCd& cd = data.GetCdFirst(); !cd.isEof(); data.GetCdNext()) {
+    std::cout << cd.GetCdId() << '\t' << TsvEscape(cd.GetCdName(true)) << '\t'
+              << cd.GetCdCategory() << '\t' << cd.GetCdMediaType() << '\t'
+              << cd.GetCdNumOfSubdirs() << '\t' << cd.GetCdNumOfFiles() << '\t'
+              << FormatNumber(cd.GetCdtotalSize()) << '\t' << TsvEscape(cd.GetCdLabel()) << '\n';
+  }
+  return 0;
+}
+
+int ListFolders(CliContext& ctx, classData& data, int32_t discId) {
+  classCd cd(data.file());
+  if (!cd.recordGet(discId)) return ctx.Fail("There is no disc " + std::to_string(discId));
+  for (classDir& dir = cd.GetDirFirst(); !dir.isEof(); cd.GetDirNext()) {
+    std::cout << dir.GetDirId() << '\t' << TsvEscape(ShownPath(dir.GetDirFullName())) << '\t'
+              << dir.GetDirCountOfFilesDirect() << '\t' << FormatNumber(dir.GetDirSize()) << '\t'
+              << FormatGeneralDate(dir.GetDirDate()) << '\n';
+  }
+  return 0;
+}
+
+int ListFiles(CliContext& ctx, classData& data, int32_t discId, int32_t dirId) {
+  classDir dir(data.file());
+  if (!dir.recordGet(dirId) || dir.GetDirCdId() != discId) {
+    return ctx.Fail("There is no folder " + std::to_string(dirId) + " on disc " +
+                    std::to_string(discId));
+  }
+  for (ClassFile& f = dir.GetFileFirst(); !f.isEof(); dir.GetFileNext()) {
+    std::cout << f.GetFileId() << '\t' << TsvEscape(f.GetFileName()) << '\t'
+              << FormatNumber(f.GetFileSize()) << '\t' << FormatGeneralDate(f.GetFileDate())
+              << '\t' << f.getFileAttr() << '\n';
+  }
+  return 0;
+}
+
+int List(CliContext& ctx, const std::vector<int32_t>& ids) {
+  int code = 0;
+  classData* data = ctx.Open(&code);
+  if (!data) return code;
+  if (ids.empty()) {
+    code = ListDiscs(*data);
+  } else if (ids.size() == 1) {
+    code = ListFolders(ctx, *data, ids[0]);
+  } else {
+    code = ListFiles(ctx, *data, ids[0], ids[1]);
+  }
+  const int finish = ctx.Finish();
+  return finish != 0 ? finish : code;
+}
+
+void Print(const json& j) {
+  std::cout << j.dump(-1, ' ', false, json::error_handler_t::replace) << '\n';
+}
+
+json FileJson(ClassFile& f, const char* kind) {
+  const FileRecord& r = f.record();
+  return {{"kind", kind},         {"id", r.id},
+          {"dir", r.dirId},       {"disc", r.cdId},
+          {"next", r.next},       {"prev", r.prev},
+          {"firstMember", r.firstZip}, {"lastMember", r.lastZip},
+          {"size", r.size},       {"date", r.date},
+          {"attr", r.attr},       {"path", f.GetFilePath()},
+          {"name", f.GetFileName()}, {"notes", f.GetFileNotes()},
+          {"extra", f.GetFileExtra()}};
+}
+
+int Dump(CliContext& ctx) {
+  int code = 0;
+  classData* data = ctx.Open(&code);
+  if (!data) return code;
+  const HeaderRecord& h = data->GetTableHeader();
+  Print({{"kind", "header"},
+         {"id", 1},
+         {"versionMajor", h.versionMajor},
+         {"versionMinor", h.versionMinor},
+         {"versionRevision", h.versionRevision},
+         {"created", h.created},
+         {"firstDisc", h.firstCd},
+         {"lastDisc", h.lastCd},
+         {"firstCategory", h.firstCat},
+         {"lastCategory", h.lastCat},
+         {"discCount", h.cdCount},
+         {"categoryCount", h.catCount},
+         {"lastOpened", h.lastOpened},
+         {"encoding", h.IsUtf8() ? "UTF-8" : "Windows-1252"},
+         {"bytesUsed", h.bytesUsed},
+         {"font", data->GetDataFont()},
+         {"name", data->GetDataName()},
+         {"notes", data->GetDataNotes()},
+         {"extra", data->GetDataExtra()},
+         {"iconKey", data->GetDataIconKey()},
+         {"hasPassword", h.password.count > 0}});
+  for (classCat& c = data->GetCatFirst(); !c.isEof(); data->GetCatNext()) {
+    const CatRecord& r = c.record();
+    Print({{"kind", "category"}, {"id", r.id}, {"next", r.next}, {"prev", r.prev},
+           {"created", r.created}, {"name", c.GetCatName()}, {"notes", c.GetCatNotes()},
+           {"extra", c.GetCatExtra()}, {"iconKey", c.GetCatIconKey()}, {"parent", r.parent},
+           {"bytesUsed", r.bytesUsed}});
+  }
+  for (classCd& cd = data->GetCdFirst(); !cd.isEof(); data->GetCdNext()) {
+    const CdRecord& r = cd.record();
+    Print({{"kind", "disc"}, {"id", r.id}, {"next", r.next}, {"prev", r.prev},
+           {"firstDir", r.firstDir}, {"lastDir", r.lastDir}, {"name", cd.GetCdName()},
+           {"notes", cd.GetCdNotes()}, {"label", cd.GetCdLabel()},
+           {"basePath", cd.GetCdBasepath()}, {"totalSize", r.totalSize},
+           {"freeSpace", r.freeSpace}, {"extra", cd.GetCdExtra()}, {"diskId", r.diskId},
+           {"iconKey", cd.GetCdStoredIconKey()}, {"numOfSubdirs", r.numOfSubdirs},
+           {"numOfFiles", r.numOfFiles}, {"lastScanned", r.lastScanned},
+           {"mediaType", r.mediaType}, {"category", r.category}, {"bytesUsed", r.bytesUsed}});
+    for (classDir& d = cd.GetDirFirst(); !d.isEof(); cd.GetDirNext()) {
+      const DirRecord& dr = d.record();
+      Print({{"kind", "folder"}, {"id", dr.id}, {"disc", dr.cdId}, {"next", dr.next},
+             {"prev", dr.prev}, {"firstFile", dr.firstFile}, {"lastFile", dr.lastFile},
+             {"size", dr.size}, {"date", dr.date}, {"attr", dr.attr}, {"path", d.GetDirPath()},
+             {"name", d.GetDirName()}, {"notes", d.GetDirNotes()}, {"extra", d.GetDirExtra()},
+             {"countOfFiles", dr.countOfFiles}, {"countOfDirs", dr.countOfDirs},
+             {"countOfFilesDirect", dr.countOfFilesDirect}});
+      for (ClassFile& f = d.GetFileFirst(); !f.isEof(); d.GetFileNext()) {
+        Print(FileJson(f, "file"));
+        if (!f.IsArchive()) continue;
+        for (ClassFile& m = f.GetZipFirst(); !m.isEof(); f.GetZipNext()) Print(FileJson(m, "member"));
+      }
+    }
+  }
+  return ctx.Finish();
+}
+
+int Check(CliContext& ctx) {
+  int code = 0;
+  classData* data = ctx.Open(&code);
+  if (!data) return code;
+  CatalogCheck check(data->file());
+  const std::vector<std::string> problems = check.Run();
+  for (const std::string& p : problems) std::cout << TsvEscape(p) << '\n';
+  if (!ctx.quiet) {
+    std::cerr << check.records() << " records checked, " << problems.size() << " problem(s), "
+              << check.garbage() << " bytes of garbage\n";
+  }
+  return problems.empty() ? kExitOk : kExitFailure;
+}
+
+}  // namespace
+
+void AddCatalogCommands(CLI::App& app, CliContext& ctx, int* result) {
+  auto* create = app.add_subcommand("create", "Create a new, empty catalog");
+  static std::string createFile;
+  static bool ansi = false;
+  create->add_option("FILE", createFile, "The catalog file to create")->required();
+  create->add_flag("--ansi", ansi, "Store texts as Windows-1252 instead of UTF-8");
+  create->callback([&ctx, result] { *result = Create(ctx, createFile, ansi); });
+
+  app.add_subcommand("info", "Show the catalog's header and totals")
+      ->callback([&ctx, result] { *result = Info(ctx); });
+
+  auto* ls = app.add_subcommand("ls", "List discs, the folders of a disc, or the files of a folder");
+  static std::vector<int32_t> lsIds;
+  ls->add_option("DISC_DIR", lsIds, "DISC [DIR]")->expected(0, 2);
+  ls->callback([&ctx, result] { *result = List(ctx, lsIds); });
+
+  app.add_subcommand("dump", "Every live record in chain order, as JSON Lines")
+      ->callback([&ctx, result] { *result = Dump(ctx); });
+
+  app.add_subcommand("check", "Verify every chain, link, text and count")
+      ->callback([&ctx, result] { *result = Check(ctx); });
+}
+
+}  // namespace gorvan::cli

@@ -1,0 +1,16 @@
+#pragma once
+// The gorvan-cli command groups. Each registers its subcommands on the parser;
+// a subcommand's callback runs the command and leaves its exit code in *result.
+
+namespace CLI {
+class App;
+}
+
+namespace gorvan::cli {
+
+class CliContext;
+
+void AddCatalogCommands(CLI::App& app, CliContext& ctx, int* result);  // create info ls dump check
+void AddEditCommands(CLI::App& app, CliContext& ctx, int* result);     // category disc folder file password
+
+}  // namespace gorvan::cli
