@@ -1,0 +1,133 @@
+#include "search/Regex.h"
+
+#define PCRE2_CODE_UNIT_WIDTH 8
+#include <pcre2.h>
+
+namespace gorvan {
+
+namespace {
+
+// Options that give PCRE2 the ECMAScript meaning of the constructs that differ
+// between the two dialects, and keep out two constructs that would break the
+// promises in the header: "\C" (one code unit, which can split a UTF-8
+// character) and "(*UCP)" (which would make "\b" see non-ASCII letters).
+constexpr uint32_t kExpressionOptions = PCRE2_DOLLAR_ENDONLY | PCRE2_ALT_BSUX |
+                                        PCRE2_ALLOW_EMPTY_CLASS | PCRE2_MATCH_UNSET_BACKREF |
+                                        PCRE2_NEVER_BACKSLASH_C | PCRE2_NEVER_UCP;
+
+bool IsUtfError(int rc) { return rc <= PCRE2_ERROR_UTF8_ERR1 && rc >= PCRE2_ERROR_UTF8_ERR21; }
+
+pcre2_code* CompileOne(std::string_view pattern, uint32_t options,
+                       pcre2_compile_context* context) {
+  int error = 0;
+  PCRE2_SIZE offset = 0;
+  // An empty view may carry a null pointer; PCRE2 wants a real one.
+  const char* data = pattern.data() != nullptr ? pattern.data() : "";
+  pcre2_code* code = pcre2_compile(reinterpret_cast<PCRE2_SPTR>(data), pattern.size(), options,
+                                   &error, &offset, context);
+  if (code != nullptr) {
+    // Without JIT (unsupported CPU, no executable memory) the interpreter runs
+    // the same code, only slower; that is not a failure.
+    pcre2_jit_compile(code, PCRE2_JIT_COMPLETE);
+  }
+  return code;
+}
+
+}  // namespace
+
+Regex::Regex() = default;
+
+Regex::~Regex() {
+  Reset();
+  pcre2_match_data_free(matchData_);
+  pcre2_match_context_free(matchContext_);
+  pcre2_jit_stack_free(jitStack_);
+}
+
+void Regex::Reset() {
+  pcre2_code_free(utf_);
+  pcre2_code_free(bytes_);
+  utf_ = nullptr;
+  bytes_ = nullptr;
+}
+
+bool Regex::EnsureMatchResources() {
+  if (matchData_ != nullptr) {
+    return true;
+  }
+  // One pair of offsets is enough: callers only ask whether there is a match.
+  pcre2_match_data* data = pcre2_match_data_create(1, nullptr);
+  pcre2_match_context* context = pcre2_match_context_create(nullptr);
+  pcre2_jit_stack* stack = pcre2_jit_stack_create(32 * 1024, kJitStackMax, nullptr);
+  if (data == nullptr || context == nullptr) {
+    pcre2_match_data_free(data);
+    pcre2_match_context_free(context);
+    pcre2_jit_stack_free(stack);
+    return false;
+  }
+  pcre2_set_match_limit(context, kMatchLimit);
+  pcre2_set_depth_limit(context, kMatchLimit);
+  pcre2_set_heap_limit(context, kHeapLimitKiB);
+  // Without a stack of our own JIT uses 32 KiB of the machine stack, which
+  // long names with nested groups can exhaust.
+  if (stack != nullptr) {
+    pcre2_jit_stack_assign(context, nullptr, stack);
+  }
+  matchData_ = data;
+  matchContext_ = context;
+  jitStack_ = stack;
+  return true;
+}
+
+bool Regex::Compile(std::string_view pattern, Options options) {
+  Reset();
+  if (!EnsureMatchResources()) {
+    return false;
+  }
+  pcre2_compile_context* context = pcre2_compile_context_create(nullptr);
+  if (context == nullptr) {
+    return false;
+  }
+  // "." stops at a line feed only, whatever the library's build default is.
+  pcre2_set_newline(context, PCRE2_NEWLINE_LF);
+
+  uint32_t flags = options.literal ? PCRE2_LITERAL : kExpressionOptions;
+  if (options.caseless) flags |= PCRE2_CASELESS;
+  if (options.anchored) flags |= PCRE2_ANCHORED;
+  if (options.endAnchored) flags |= PCRE2_ENDANCHORED;
+
+  utf_ = CompileOne(pattern, flags | PCRE2_UTF, context);
+  // The byte-mode copy serves subjects that are not valid UTF-8, and every
+  // subject when the pattern itself is not. It may fail where the UTF-8 one
+  // compiled (a code point above 255); such subjects then simply never match.
+  bytes_ = CompileOne(pattern, flags, context);
+  pcre2_compile_context_free(context);
+  return IsCompiled();
+}
+
+Regex::Result Regex::MatchWith(pcre2_code* code, std::string_view subject, int* rc) {
+  const char* data = subject.data() != nullptr ? subject.data() : "";
+  *rc = pcre2_match(code, reinterpret_cast<PCRE2_SPTR>(data), subject.size(), 0, 0, matchData_,
+                    matchContext_);
+  if (*rc >= 0) {
+    return Result::kMatch;
+  }
+  return *rc == PCRE2_ERROR_NOMATCH ? Result::kNoMatch : Result::kFailed;
+}
+
+Regex::Result Regex::Match(std::string_view subject) {
+  int rc = 0;
+  if (utf_ != nullptr) {
+    // pcre2_match checks the subject's UTF-8 first and says so when it is not.
+    Result result = MatchWith(utf_, subject, &rc);
+    if (result != Result::kFailed || !IsUtfError(rc)) {
+      return result;
+    }
+  }
+  if (bytes_ == nullptr) {
+    return Result::kFailed;
+  }
+  return MatchWith(bytes_, subject, &rc);
+}
+
+}  // namespace gorvan
