@@ -57,7 +57,7 @@ std::string FormatNumber(double value) {
     std::snprintf(buf, sizeof buf, "%.0f", value);
     return buf;
   }
-  auto res = std::to_chars(buf, buf + sizeof buf, value, std::chars_format::scientific);
+  auto res = std::to_chars(buf, buf + sizeof buf, value);
   std::string text(buf, res.ptr);
   // to_chars writes "1.5e+15"; the product's form is "1.5E+15".
   for (char& c : text) {

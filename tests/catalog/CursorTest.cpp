@@ -1,0 +1,200 @@
+// Walking and building chains through the cursor objects.
+#include <gtest/gtest.h>
+
+#include "CatalogFixture.h"
+#include "catalog/CatalogCheck.h"
+#include "catalog/ChainOps.h"
+
+namespace gorvan::test {
+namespace {
+
+using CursorTest = CatalogTest;
+
+TEST_F(CursorTest, EmptyChainsAreAtTheirEndAtOnce) {
+  OpenCatalog();
+  EXPECT_TRUE(data_.GetCdFirst().isEof());
+  EXPECT_TRUE(data_.GetCatFirst().isEof());
+  classCd& cd = data_.GetCdAppend();
+  EXPECT_TRUE(cd.GetDirFirst().isEof());
+  classDir& dir = cd.GetDirAppend();
+  EXPECT_TRUE(dir.GetFileFirst().isEof());
+  EXPECT_TRUE(data_.ok());
+}
+
+TEST_F(CursorTest, ALongDiscWalksInAppendOrderWithAllLinksSet) {
+  OpenCatalog();
+  const int32_t id = AddDisc("big", 30, 40);
+  classCd& cd = data_.GetCdGoto(id);
+  EXPECT_EQ(cd.GetBytesUsed(),
+            116 + 3 + 5 + 30 * (92 + 1) + (10 * 4 + 20 * 5) + 30 * (40 * 80) +
+                30 * (10 * 9 + 30 * 10));
+  int dirs = 0;
+  int32_t prevDir = 0;
+  for (classDir& dir = cd.GetDirFirst(); !dir.isEof(); cd.GetDirNext(), ++dirs) {
+    EXPECT_EQ(dir.GetDirName(), "dir" + std::to_string(dirs));
+    EXPECT_EQ(dir.GetDirPrevId(), prevDir);
+    EXPECT_EQ(dir.GetDirCdId(), id);
+    prevDir = dir.GetDirId();
+    int files = 0;
+    int32_t prevFile = 0;
+    for (ClassFile& f = dir.GetFileFirst(); !f.isEof(); dir.GetFileNext(), ++files) {
+      EXPECT_EQ(f.GetFilePrevId(), prevFile);
+      EXPECT_EQ(f.GetFileDirId(), dir.GetDirId());
+      prevFile = f.GetFileId();
+    }
+    EXPECT_EQ(files, 40);
+  }
+  EXPECT_EQ(dirs, 30);
+  EXPECT_EQ(cd.record().lastDir, prevDir);
+  CatalogCheck check(data_.file());
+  EXPECT_TRUE(check.Run().empty());
+  EXPECT_EQ(check.garbage(), 0);
+}
+
+TEST_F(CursorTest, ReCalculateLinksRepairsPreviousLinks) {
+  OpenCatalog();
+  const int32_t id = AddDisc("d", 4, 0);
+  classDir& dir = data_.GetCdGoto(id).GetDirFirst();
+  std::vector<int32_t> ids;
+  for (; !dir.isEof(); dir.MoveNext()) ids.push_back(dir.GetDirId());
+  for (int32_t d : ids) {
+    dir.recordGet(d);
+    dir.record().prev = 12345;
+    dir.recordWrite();
+  }
+  data_.GetCdGoto(id).SetDefaultCdRec();
+  ASSERT_TRUE(data_.GetCdGoto(id).dirs().ReCalculateLinks());
+  for (size_t i = 0; i < ids.size(); ++i) {
+    dir.recordGet(ids[i]);
+    EXPECT_EQ(dir.GetDirPrevId(), i == 0 ? 0 : ids[i - 1]);
+  }
+}
+
+TEST_F(CursorTest, ArchiveMembersChainUnderTheirFileAndCountForTheDisc) {
+  OpenCatalog();
+  classCd& cd = data_.GetCdAppend();
+  classDir& dir = cd.GetDirAppend();
+  dir.GetFileAppendStart();
+  ClassFile& zip = dir.GetFileAppend();
+  zip.SetFileName("a.zip");
+  zip.GetZipAppendStart();
+  zip.GetZipAppend().SetFileName("x");
+  zip.GetZipAppend().SetFileName("yy");
+  ASSERT_TRUE(zip.GetZipAppendFinish());
+  dir.GetFileAppend().SetFileName("b");
+  ASSERT_TRUE(dir.GetFileAppendFinish());
+  ASSERT_TRUE(cd.GetDirAppendFinish());
+  ASSERT_TRUE(data_.GetCdCommit());
+  EXPECT_EQ(cd.GetBytesUsed(), 116 + 92 + 4 * 80 + 5 + 1 + 2 + 1);
+
+  ClassFile& f = data_.GetCdFirst().GetDirFirst().GetFileFirst();
+  ASSERT_TRUE(f.IsArchive());
+  std::vector<std::string> names;
+  for (ClassFile& m = f.GetZipFirst(); !m.isEof(); f.GetZipNext()) names.push_back(m.GetFileName());
+  EXPECT_EQ(names, (std::vector<std::string>{"x", "yy"}));
+  EXPECT_TRUE(CatalogCheck(data_.file()).Run().empty());
+
+  // Removing a member takes its bytes off the disc and keeps the chain sound.
+  const int32_t second = f.GetZipFirst().GetFileNextId();
+  ASSERT_TRUE(f.GetZipRemove(second));
+  EXPECT_EQ(data_.GetCdFirst().GetBytesUsed(), 116 + 92 + 3 * 80 + 5 + 1 + 1);
+  EXPECT_TRUE(CatalogCheck(data_.file()).Run().empty());
+}
+
+TEST_F(CursorTest, UnlinkingDiscsKeepsTheHeaderChainSound) {
+  OpenCatalog();
+  const int32_t a = AddDisc("a", 1, 1);
+  const int32_t b = AddDisc("b", 1, 1);
+  const int32_t c = AddDisc("c", 1, 1);
+  ASSERT_TRUE(data_.GetCdDelete(b));
+  std::vector<int32_t> ids;
+  for (classCd& cd = data_.GetCdFirst(); !cd.isEof(); data_.GetCdNext()) ids.push_back(cd.GetCdId());
+  EXPECT_EQ(ids, (std::vector<int32_t>{a, c}));
+  EXPECT_EQ(data_.GetCdGoto(c).CdGetPrevRecord(), a);
+  ASSERT_TRUE(data_.GetCdDelete(a));
+  ASSERT_TRUE(data_.GetCdDelete(c));
+  EXPECT_EQ(data_.GetTableHeader().firstCd, 0);
+  EXPECT_EQ(data_.GetTableHeader().lastCd, 0);
+  EXPECT_EQ(data_.GetCdCount(), 0);
+  classData::PhysicalSize size;
+  data_.CalcPhysicalSize(&size);
+  EXPECT_EQ(size.bytesUsed, 124);
+  EXPECT_TRUE(CatalogCheck(data_.file()).Run().empty());
+}
+
+TEST_F(CursorTest, UnlinkingTheOnlyCategoryEmptiesTheChain) {
+  OpenCatalog();
+  const int32_t id = AddCategory("only");
+  ASSERT_TRUE(data_.GetCatDelete(id));
+  EXPECT_EQ(data_.GetTableHeader().firstCat, 0);
+  EXPECT_EQ(data_.GetTableHeader().lastCat, 0);
+  EXPECT_EQ(data_.GetCatCount(), 0);
+}
+
+TEST_F(CursorTest, DeletingAFolderTakesItsFilesBytesOffTheDisc) {
+  OpenCatalog();
+  const int32_t id = AddDisc("d", 2, 3);
+  classCd& cd = data_.GetCdGoto(id);
+  const int32_t first = cd.record().firstDir;
+  ASSERT_TRUE(cd.GetDirRemove(first));
+  EXPECT_NE(cd.record().firstDir, first);
+  EXPECT_TRUE(CatalogCheck(data_.file()).Run().empty());
+}
+
+TEST_F(CursorTest, NamesForDisplay) {
+  OpenCatalog();
+  classCd& cd = data_.GetCdAppend();
+  cd.SetCdName("Album");
+  EXPECT_EQ(cd.GetCdName(true), "Album") << "no artist: the plain name";
+  cd.SetCdExtra("AAKind of Blue|`|AR");
+  EXPECT_EQ(cd.GetCdName(true), "Album");
+  cd.SetCdExtra("AAKind of Blue|`|ARMiles Davis");
+  EXPECT_EQ(cd.GetCdName(true), "Album - Miles Davis");
+  EXPECT_EQ(cd.GetCdName(false), "Album");
+
+  classDir& dir = cd.GetDirAppend();
+  dir.SetDirName("Music");
+  dir.SetDirPath("\\");
+  EXPECT_EQ(dir.GetDirFullName(), "\\Music") << "no doubled backslash at the root";
+  dir.SetDirPath("home\\ann");
+  dir.SetDirName("My Music");
+  EXPECT_EQ(dir.GetDirFullName(), "home\\ann\\My Music");
+  EXPECT_EQ(dir.GetDirFullName(true), "home/ann/My_Music");
+}
+
+TEST_F(CursorTest, IconKeysFallBackToTheMediaType) {
+  OpenCatalog();
+  classCd& cd = data_.GetCdAppend();
+  cd.setCdMediaType(5);
+  cd.setCdIconKey("no such icon");
+  EXPECT_EQ(cd.GetCdIconKey(), "cdrom");
+  cd.setCdIconKey("removable");
+  EXPECT_EQ(cd.GetCdIconKey(), "removable");
+  cd.setCdMediaType(130);
+  cd.setCdIconKey("");
+  EXPECT_EQ(cd.GetCdIconKey(), "audiocd");
+  EXPECT_EQ(classCd::TypeExt(1), 0);
+  EXPECT_EQ(classCd::TypeExt(7), 0);
+  EXPECT_EQ(classCd::TypeExt(100), 0);
+  EXPECT_EQ(classCd::TypeExt(101), 105);
+  EXPECT_EQ(classCd::TypeExt(6), 6);
+}
+
+TEST_F(CursorTest, CategoryPathsAndPushPop) {
+  OpenCatalog();
+  // The child is linked before its parent, as after a move.
+  const int32_t top = AddCategory("Music");
+  const int32_t mid = AddCategory("Jazz", top);
+  const int32_t leaf = AddCategory("Bop", mid);
+  classCat& cat = data_.GetCatGoto(leaf);
+  EXPECT_EQ(cat.GetCategoryPath(), "Music\\Jazz");
+  EXPECT_EQ(cat.GetCategoryPathIncludingMine(), "Music\\Jazz\\Bop");
+  EXPECT_EQ(cat.GetCatId(), leaf) << "the walk up returns to where it began";
+  EXPECT_EQ(data_.GetCatGoto(top).GetCategoryPath(), "");
+  // A loop in the parents does not hang.
+  data_.GetCatGoto(top).SetCatParentId(leaf);
+  EXPECT_FALSE(data_.GetCatGoto(leaf).GetCategoryPath().empty());
+}
+
+}  // namespace
+}  // namespace gorvan::test

@@ -1,0 +1,95 @@
+// gorvan-cli end to end: exit codes, output formats and the product's messages.
+#include <gtest/gtest.h>
+
+#include <sys/wait.h>
+
+#include <cstdio>
+
+#include "support/TempDir.h"
+
+namespace gorvan::test {
+namespace {
+
+struct CliResult {
+  int code;
+  std::string out;
+};
+
+class CliTest : public ::testing::Test {
+ protected:
+  // Runs gorvan-cli with args (shell words) on the test's catalog; stderr goes to err_.
+  CliResult Cli(const std::string& args) {
+    const std::string cmd = "GORVAN_HOME='" + dir_.path() + "' '" GORVAN_CLI_PATH "' -c '" +
+                            dir_.File("c.cd") + "' " + args + " 2>'" + dir_.File("err") + "' </dev/null";
+    CliResult r{0, {}};
+    FILE* p = popen(cmd.c_str(), "r");
+    char buf[4096];
+    size_t n;
+    while ((n = fread(buf, 1, sizeof buf, p)) > 0) r.out.append(buf, n);
+    const int status = pclose(p);
+    r.code = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    return r;
+  }
+  std::string Err() { return ReadFileBytes(dir_.File("err")); }
+
+  TempDir dir_;
+};
+
+TEST_F(CliTest, CreateInfoAndCategories) {
+  ASSERT_EQ(Cli("create '" + dir_.File("c.cd") + "'").code, 0);
+  EXPECT_EQ(Cli("create '" + dir_.File("c.cd") + "'").code, 1) << "never overwrites";
+  CliResult info = Cli("info");
+  ASSERT_EQ(info.code, 0);
+  EXPECT_NE(info.out.find("name: Gorvan\n"), std::string::npos);
+  EXPECT_NE(info.out.find("discs: 0\n"), std::string::npos);
+  EXPECT_NE(info.out.find("garbage: 0\n"), std::string::npos);
+
+  const CliResult music = Cli("category add Music");
+  ASSERT_EQ(music.code, 0);
+  const std::string id = music.out.substr(0, music.out.find('\n'));
+  const CliResult jazz = Cli("category add Jazz --parent " + id);
+  const std::string child = jazz.out.substr(0, jazz.out.find('\n'));
+  EXPECT_EQ(Cli("category move " + id + " " + child).code, 1);
+  EXPECT_NE(Err().find("A node can't be made a child of its own children."), std::string::npos);
+  EXPECT_EQ(Cli("category rm " + id).code, 1);
+  EXPECT_NE(Err().find("Cannot delete category because it contains children!!"), std::string::npos);
+  EXPECT_EQ(Cli("category rename " + child + " 'Cool\tJazz'").code, 0);
+  const CliResult dump = Cli("dump");
+  EXPECT_NE(dump.out.find("\"name\":\"Cool\\tJazz\""), std::string::npos) << dump.out;
+  EXPECT_EQ(Cli("check").code, 0);
+  EXPECT_EQ(Cli("category nonsense").code, 2);
+}
+
+TEST_F(CliTest, RefusalsExitWith3AndLeaveTheFileAlone) {
+  WriteFileBytes(dir_.File("c.cd"), "not a catalog at all, just text");
+  EXPECT_EQ(Cli("info").code, 3);
+  EXPECT_NE(Err().find("Wrong Version of the Data File"), std::string::npos);
+  EXPECT_EQ(ReadFileBytes(dir_.File("c.cd")), "not a catalog at all, just text");
+
+  std::remove(dir_.File("c.cd").c_str());
+  ASSERT_EQ(Cli("create '" + dir_.File("c.cd") + "'").code, 0);
+  ASSERT_EQ(Cli("password set --new 'pa ss'").code, 0);
+  EXPECT_EQ(Cli("info").code, 3) << "no terminal to ask on";
+  EXPECT_EQ(Cli("--password wrong info").code, 3);
+  EXPECT_EQ(Cli("--password 'pa ss' info").code, 0);
+  EXPECT_EQ(Cli("--password 'pa ss' password clear").code, 0);
+  EXPECT_EQ(Cli("info").code, 0);
+  EXPECT_EQ(Cli("password set --new 'caf\xC3\xA9'").code, 1);
+  EXPECT_NE(Err().find("Invalid Characters !!"), std::string::npos);
+}
+
+TEST_F(CliTest, DamagedCatalogsGiveTheDataFileError) {
+  ASSERT_EQ(Cli("create '" + dir_.File("c.cd") + "'").code, 0);
+  ASSERT_EQ(Cli("category add A").code, 0);
+  std::string bytes = ReadFileBytes(dir_.File("c.cd"));
+  bytes[26 + 1] = 0x7F;  // the first category link now points far past the end
+  WriteFileBytes(dir_.File("c.cd"), bytes);
+  const CliResult r = Cli("dump");
+  EXPECT_EQ(r.code, 3);
+  EXPECT_NE(Err().find("Data File Error (1001)"), std::string::npos);
+  EXPECT_NE(ReadFileBytes(dir_.File("Gorvan.err")).find("| 1001 |"), std::string::npos)
+      << "the error is logged";
+}
+
+}  // namespace
+}  // namespace gorvan::test
