@@ -23,6 +23,7 @@
 //
 // Not thread-safe: one Regex serves one thread at a time.
 
+#include <cstddef>
 #include <cstdint>
 #include <string_view>
 

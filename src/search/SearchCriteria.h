@@ -19,8 +19,8 @@
 // matches nothing. Case-insensitive comparison (CompareMode kText) folds case
 // as the pattern mode does: Unicode simple case folding for valid UTF-8 text
 // ("Ä" = "ä", "K" (Kelvin) = "k"), ASCII letters only for fields that are not
-// valid UTF-8 and for search texts too long for the expression engine (about
-// 50,000 characters and more).
+// valid UTF-8 and for search texts too long for the expression engine to hold
+// as one literal (some tens of thousands of characters).
 //
 // Pattern mode tests each field with the translated expression (case ignored
 // unless the search is case-sensitive); MatchMode plays no part.
