@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-#include "scan/Windows1252.h"
+#include "catalog/TextCodec.h"
 #include "scan/clsID3.h"
 
 namespace {
@@ -15,8 +15,8 @@ namespace {
 // Every value read from a tag is Windows-1252 converted to UTF-8, so it must
 // convert back without a single replacement.
 void CheckField(const std::string& value, std::size_t width) {
-  std::size_t misses = 0;
-  std::string bytes = gorvan::Windows1252::FromUtf8(value, &misses);
+  std::string bytes;
+  const std::size_t misses = gorvan::TextCodec::Utf8ToWindows1252(value, &bytes);
   if (misses != 0 || bytes.size() > width) std::abort();
 }
 
@@ -36,7 +36,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
     if (id3.Genre() < 0 || id3.Genre() > 255) std::abort();
   }
   // Arbitrary bytes as if they were UTF-8 text typed into a setter.
-  std::string back = gorvan::Windows1252::FromUtf8(contents);
+  std::string back;
+  gorvan::TextCodec::Utf8ToWindows1252(contents, &back);
   if (back.size() > contents.size()) std::abort();
   return 0;
 }

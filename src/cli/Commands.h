@@ -12,5 +12,6 @@ class CliContext;
 
 void AddCatalogCommands(CLI::App& app, CliContext& ctx, int* result);  // create info ls dump check
 void AddEditCommands(CLI::App& app, CliContext& ctx, int* result);     // category disc folder file password
+void AddScanCommands(CLI::App& app, CliContext& ctx, int* result);     // scan id3
 
 }  // namespace gorvan::cli

@@ -21,6 +21,7 @@ int main(int argc, char** argv) {
   app.add_flag("-q,--quiet", ctx.quiet, "No progress lines");
   AddCatalogCommands(app, ctx, &result);
   AddEditCommands(app, ctx, &result);
+  AddScanCommands(app, ctx, &result);
 
   try {
     app.parse(argc, argv);

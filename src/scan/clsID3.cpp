@@ -7,7 +7,7 @@
 #include <cerrno>
 #include <cstring>
 
-#include "scan/Windows1252.h"
+#include "catalog/TextCodec.h"
 
 namespace gorvan {
 
@@ -116,7 +116,9 @@ bool clsID3::LoadBlock(const char* block) {
   std::memcpy(tag_.data(), block, kTagSize);
   if (std::memcmp(tag_.data(), "TAG", 3) != 0) return LoadFailed();
   auto field = [this](std::size_t at, std::size_t width) {
-    return Windows1252::ToUtf8(CleanField(std::string_view(tag_.data() + at, width)));
+    std::string text;
+    TextCodec::Windows1252ToUtf8(CleanField(std::string_view(tag_.data() + at, width)), &text);
+    return text;
   };
   title_ = field(kTitleAt, kTextFieldSize);
   artist_ = field(kArtistAt, kTextFieldSize);
@@ -158,10 +160,11 @@ bool clsID3::FileStillExists() const {
 void clsID3::PutField(std::size_t offset, std::size_t width, std::string_view text,
                       std::string* value) {
   if (!FileStillExists()) return;
-  std::string bytes = Windows1252::FromUtf8(text);
+  std::string bytes;
+  TextCodec::Utf8ToWindows1252(text, &bytes);
   bytes.resize(width, '\0');
   std::memcpy(tag_.data() + offset, bytes.data(), width);
-  *value = Windows1252::ToUtf8(CleanField(bytes));
+  TextCodec::Windows1252ToUtf8(CleanField(bytes), value);
 }
 
 void clsID3::SetTitle(std::string_view text) { PutField(kTitleAt, kTextFieldSize, text, &title_); }
