@@ -1,0 +1,108 @@
+// Catalog write and walk speed against dd and cat on the same number of bytes.
+//
+// Writes one disc of 10,000 folders with 100 files each (1,000,000 file
+// records with realistic names) through the object model, then walks every
+// disc, folder and file reading each name. Prints the times, the ratios to dd
+// writing the same number of bytes and to cat reading the catalog, and the
+// peak memory of this process.
+#include <sys/resource.h>
+
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+
+#include "catalog/classData.h"
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+double Seconds(Clock::time_point since) {
+  return std::chrono::duration<double>(Clock::now() - since).count();
+}
+
+double TimeShell(const std::string& cmd) {
+  const auto start = Clock::now();
+  if (std::system(cmd.c_str()) != 0) std::fprintf(stderr, "command failed: %s\n", cmd.c_str());
+  return Seconds(start);
+}
+
+long PeakMiB() {
+  rusage ru{};
+  getrusage(RUSAGE_SELF, &ru);
+  return ru.ru_maxrss / 1024;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  const int folders = argc > 1 ? std::atoi(argv[1]) : 10000;
+  const int filesPerFolder = 100;
+  char tmpl[] = "/tmp/gorvan-bench-XXXXXX";
+  const std::string dir = mkdtemp(tmpl);
+  const std::string path = dir + "/bench.cd";
+  static const char* const kStems[] = {"IMG_", "Track ", "report-final-", "setup_", "notes "};
+  static const char* const kExts[] = {".jpg", ".mp3", ".pdf", ".exe", ".txt"};
+
+  gorvan::classData data;
+  if (!data.OpenFiles(path, false, true)) return 1;
+  auto start = Clock::now();
+  gorvan::classCd& cd = data.GetCdAppend();
+  cd.SetCdName("Benchmark disc");
+  std::string name;
+  for (int d = 0; d < folders; ++d) {
+    gorvan::classDir& dirRec = cd.GetDirAppend();
+    dirRec.SetDirName("Folder " + std::to_string(d));
+    dirRec.SetDirPath("Archive\\2024\\Projects");
+    dirRec.GetFileAppendStart();
+    for (int f = 0; f < filesPerFolder; ++f) {
+      gorvan::ClassFile& file = dirRec.GetFileAppend();
+      name.assign(kStems[f % 5]).append(std::to_string(d * filesPerFolder + f)).append(kExts[f % 5]);
+      file.SetFileName(name);
+      file.setFileSize(1000.0 * f);
+      file.setFileDate(45000.5);
+      file.setFileAttr(32);
+    }
+    dirRec.GetFileAppendFinish();
+  }
+  cd.GetDirAppendFinish();
+  if (!data.GetCdCommit()) return 1;
+  const double writeSecs = Seconds(start);
+  const long writeMiB = PeakMiB();
+  const int64_t bytes = data.file()->Length();
+  data.CloseFiles();
+
+  const double ddSecs = TimeShell("dd if=/dev/zero of=" + dir + "/dd.bin bs=1M count=" +
+                                  std::to_string(bytes >> 20) + " conv=fsync status=none");
+
+  if (!data.OpenFiles(path, false, true)) return 1;
+  TimeShell("cat " + path + " > /dev/null");  // warm the page cache for both readers
+  start = Clock::now();
+  int64_t names = 0;
+  size_t total = 0;
+  for (gorvan::classCd& c = data.GetCdFirst(); !c.isEof(); data.GetCdNext()) {
+    c.GetCdName(&name);
+    for (gorvan::classDir& d = c.GetDirFirst(); !d.isEof(); c.GetDirNext()) {
+      d.GetDirName(&name);
+      for (gorvan::ClassFile& f = d.GetFileFirst(); !f.isEof(); d.GetFileNext()) {
+        f.GetFileName(&name);
+        total += name.size();
+        ++names;
+      }
+    }
+  }
+  const double walkSecs = Seconds(start);
+  const double catSecs = TimeShell("cat " + path + " > /dev/null");
+
+  std::printf("catalog: %lld bytes, %lld file names read (%zu bytes of names)\n",
+              static_cast<long long>(bytes), static_cast<long long>(names), total);
+  std::printf("write: %.3f s   dd same bytes: %.3f s   ratio %.2fx (target <= 3x)\n", writeSecs,
+              ddSecs, writeSecs / ddSecs);
+  std::printf("walk:  %.3f s   cat the file:  %.3f s   ratio %.2fx (target <= 3x)\n", walkSecs,
+              catSecs, walkSecs / catSecs);
+  std::printf("peak memory: %ld MiB after writing, %ld MiB after walking (target < 64 MiB)\n",
+              writeMiB, PeakMiB());
+  std::system(("rm -rf " + dir).c_str());
+  return 0;
+}
