@@ -40,9 +40,8 @@ void ClassFile::uSetAppendStart(int32_t dirId, int32_t cdId, int64_t* running) {
 }
 
 bool ClassFile::recordGet(int32_t id) {
-  FileRecord r;
-  if (!file_->Read(id, &r)) return eof_ = true, false;
-  rec_ = r;
+  // A block that fails its checks ends the walk; the buffer is then stale.
+  if (!file_->Read(id, &rec_)) return eof_ = true, false;
   eof_ = false;
   return true;
 }

@@ -25,6 +25,10 @@ inline void EncodeFixed32(uint8_t* dst, int32_t value) {
 }
 
 inline void EncodeFixed64(uint8_t* dst, uint64_t v) {
+  if constexpr (std::endian::native == std::endian::little) {
+    std::memcpy(dst, &v, sizeof v);
+    return;
+  }
   for (int i = 0; i < 8; ++i) dst[i] = static_cast<uint8_t>(v >> (8 * i));
 }
 
@@ -38,6 +42,12 @@ inline int16_t DecodeFixed16(const uint8_t* src) {
 }
 
 inline int32_t DecodeFixed32(const uint8_t* src) {
+  if constexpr (std::endian::native == std::endian::little) {
+    // One load on little-endian hosts; the byte order is the file's either way.
+    int32_t v;
+    std::memcpy(&v, src, sizeof v);
+    return v;
+  }
   return static_cast<int32_t>(static_cast<uint32_t>(src[0]) |
                               static_cast<uint32_t>(src[1]) << 8 |
                               static_cast<uint32_t>(src[2]) << 16 |
@@ -45,6 +55,11 @@ inline int32_t DecodeFixed32(const uint8_t* src) {
 }
 
 inline uint64_t DecodeFixed64(const uint8_t* src) {
+  if constexpr (std::endian::native == std::endian::little) {
+    uint64_t v;
+    std::memcpy(&v, src, sizeof v);
+    return v;
+  }
   uint64_t v = 0;
   for (int i = 7; i >= 0; --i) v = (v << 8) | src[i];
   return v;

@@ -7,9 +7,8 @@
 namespace gorvan {
 
 bool classCd::recordGet(int32_t id) {
-  CdRecord r;
-  if (!file_->Read(id, &r)) return eof_ = true, false;
-  rec_ = r;
+  // A block that fails its checks ends the walk; the buffer is then stale.
+  if (!file_->Read(id, &rec_)) return eof_ = true, false;
   eof_ = false;
   appending_ = false;
   return true;

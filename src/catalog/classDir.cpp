@@ -21,9 +21,8 @@ void classDir::SetAppendStart(int32_t cdId, int64_t* running) {
 }
 
 bool classDir::recordGet(int32_t id) {
-  DirRecord r;
-  if (!file_->Read(id, &r)) return eof_ = true, false;
-  rec_ = r;
+  // A block that fails its checks ends the walk; the buffer is then stale.
+  if (!file_->Read(id, &rec_)) return eof_ = true, false;
   eof_ = false;
   return true;
 }
