@@ -193,6 +193,8 @@ int32_t ScanEngine::ScanCd() {
   } else {
     ScanDataDisc();
   }
+  // A step that failed on the catalog may have returned before noting it.
+  Failed();
   old_.reset();
   cd_ = nullptr;
   running_ = false;

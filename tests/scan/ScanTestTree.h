@@ -1,0 +1,147 @@
+#pragma once
+// Helpers for the scan tests: a fixture tree made with the *at() calls (so
+// that any byte may appear in a name), fixed times, a catalog in a temporary
+// folder, and an independent walk (opendir/readdir/lstat) to check a scan
+// against.
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "catalog/OleDate.h"
+#include "catalog/classData.h"
+#include "scan/ScanEngine.h"
+#include "support/TempDir.h"
+
+namespace gorvan::test {
+
+inline constexpr time_t kFixedTime = 1600000000;  // 2020-09-13 12:26:40 UTC
+
+inline void SetTime(const std::string& path, time_t t) {
+  const timespec ts[2] = {{t, 0}, {t, 0}};
+  ::utimensat(AT_FDCWD, path.c_str(), ts, AT_SYMLINK_NOFOLLOW);
+}
+
+inline std::string MakeDir(const std::string& path) {
+  ::mkdir(path.c_str(), 0755);
+  return path;
+}
+
+inline std::string MakeFile(const std::string& path, const std::string& bytes,
+                            time_t t = kFixedTime) {
+  WriteFileBytes(path, bytes);
+  SetTime(path, t);
+  return path;
+}
+
+// An ID3v1 block: "TAG", title, artist, album, year, comment, genre.
+inline std::string Id3Tag(const std::string& title, const std::string& artist,
+                          const std::string& album, const std::string& year,
+                          const std::string& comment) {
+  auto field = [](std::string s, size_t n) {
+    s.resize(n, '\0');
+    return s;
+  };
+  return "TAG" + field(title, 30) + field(artist, 30) + field(album, 30) + field(year, 4) +
+         field(comment, 30) + std::string(1, '\x0c');
+}
+
+// A catalog file in its own temporary folder.
+struct TestCatalog {
+  TempDir dir;
+  std::string path = dir.File("test.cd");
+  std::unique_ptr<classData> data = std::make_unique<classData>();
+
+  TestCatalog() { data->OpenFiles(path, false, true); }
+  void Reopen() {
+    data = std::make_unique<classData>();
+    data->OpenFiles(path, false, true);
+  }
+};
+
+// What an independent walk expects of one folder record.
+struct ExpectedFile {
+  std::string name;
+  double size;
+  double date;
+  int32_t attr;
+};
+struct ExpectedDir {
+  std::string parent;
+  std::string name;
+  double date;
+  int32_t attr;
+  std::vector<ExpectedFile> files;  // all files found, in file-system order
+  int32_t subtreeFiles = 0;
+  int32_t subtreeDirs = 0;
+  double bytes = 0;
+};
+
+// Walks `path` with opendir/readdir/lstat the way a scan must see it: files
+// before subfolders, names beginning with "." left out unless `hidden`, links
+// not followed. Appends the folder and its subfolders depth first to *out and
+// returns the index of the folder's entry.
+inline size_t ExpectWalk(const std::string& path, const std::string& parent,
+                         const std::string& name, bool hidden, std::vector<ExpectedDir>* out) {
+  struct stat st;
+  ::lstat(path.c_str(), &st);
+  const size_t me = out->size();
+  out->push_back(ExpectedDir{parent, name, OleDateFromTime(st.st_mtime),
+                             ScanEngine::AttributesOf(st, name), {}});
+  std::vector<std::string> subdirs;
+  if (DIR* d = ::opendir(path.c_str())) {
+    while (dirent* e = ::readdir(d)) {
+      const std::string n = e->d_name;
+      if (n == "." || n == ".." || (n[0] == '.' && !hidden)) continue;
+      struct stat cs;
+      if (::lstat((path + "/" + n).c_str(), &cs) != 0) continue;
+      if (S_ISDIR(cs.st_mode)) {
+        subdirs.push_back(n);
+      } else {
+        (*out)[me].files.push_back(ExpectedFile{n, static_cast<double>(cs.st_size),
+                                                OleDateFromTime(cs.st_mtime),
+                                                ScanEngine::AttributesOf(cs, n)});
+        (*out)[me].bytes += static_cast<double>(cs.st_size);
+      }
+    }
+    ::closedir(d);
+  }
+  (*out)[me].subtreeFiles = static_cast<int32_t>((*out)[me].files.size());
+  const std::string childParent =
+      name.empty() ? parent : (parent == "\\" ? name : parent + "\\" + name);
+  for (const std::string& s : subdirs) {
+    const size_t child = ExpectWalk(path + "/" + s, childParent, s, hidden, out);
+    (*out)[me].subtreeDirs += (*out)[child].subtreeDirs + 1;
+    (*out)[me].subtreeFiles += (*out)[child].subtreeFiles;
+    (*out)[me].bytes += (*out)[child].bytes;
+  }
+  return me;
+}
+
+// Removes a tree of any depth (paths longer than PATH_MAX too).
+inline void RemoveTree(int parentFd, const char* name) {
+  const int fd = ::openat(parentFd, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW);
+  if (fd >= 0) {
+    if (DIR* d = ::fdopendir(fd)) {
+      std::vector<std::string> names;
+      while (dirent* e = ::readdir(d)) {
+        const std::string n = e->d_name;
+        if (n != "." && n != "..") names.push_back(n);
+      }
+      for (const std::string& n : names) {
+        if (::unlinkat(fd, n.c_str(), 0) != 0) RemoveTree(fd, n.c_str());
+      }
+      ::closedir(d);
+    } else {
+      ::close(fd);
+    }
+  }
+  ::unlinkat(parentFd, name, AT_REMOVEDIR);
+}
+
+}  // namespace gorvan::test
