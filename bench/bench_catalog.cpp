@@ -7,6 +7,7 @@
 // peak memory of this process.
 #include <sys/resource.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
@@ -32,6 +33,24 @@ long PeakMiB() {
   rusage ru{};
   getrusage(RUSAGE_SELF, &ru);
   return ru.ru_maxrss / 1024;
+}
+
+// Reads every disc, folder and file name; returns the number of file names.
+[[gnu::noinline]] int64_t WalkCatalog(gorvan::classData& data, size_t* nameBytes) {
+  std::string name;
+  int64_t names = 0;
+  for (gorvan::classCd& c = data.GetCdFirst(); !c.isEof(); data.GetCdNext()) {
+    c.GetCdName(&name);
+    for (gorvan::classDir& d = c.GetDirFirst(); !d.isEof(); c.GetDirNext()) {
+      d.GetDirName(&name);
+      for (gorvan::ClassFile& f = d.GetFileFirst(); !f.isEof(); d.GetFileNext()) {
+        f.GetFileName(&name);
+        *nameBytes += name.size();
+        ++names;
+      }
+    }
+  }
+  return names;
 }
 
 }  // namespace
@@ -78,22 +97,20 @@ int main(int argc, char** argv) {
 
   if (!data.OpenFiles(path, false, true)) return 1;
   TimeShell("cat " + path + " > /dev/null");  // warm the page cache for both readers
-  start = Clock::now();
-  int64_t names = 0;
+  // The best of three walks, as the machine may be busy with other work.
   size_t total = 0;
-  for (gorvan::classCd& c = data.GetCdFirst(); !c.isEof(); data.GetCdNext()) {
-    c.GetCdName(&name);
-    for (gorvan::classDir& d = c.GetDirFirst(); !d.isEof(); c.GetDirNext()) {
-      d.GetDirName(&name);
-      for (gorvan::ClassFile& f = d.GetFileFirst(); !f.isEof(); d.GetFileNext()) {
-        f.GetFileName(&name);
-        total += name.size();
-        ++names;
-      }
-    }
+  int64_t names = 0;
+  double walkSecs = 1e9;
+  for (int round = 0; round < 3; ++round) {
+    total = 0;
+    start = Clock::now();
+    names = WalkCatalog(data, &total);
+    walkSecs = std::min(walkSecs, Seconds(start));
   }
-  const double walkSecs = Seconds(start);
-  const double catSecs = TimeShell("cat " + path + " > /dev/null");
+  double catSecs = 1e9;
+  for (int round = 0; round < 3; ++round) {
+    catSecs = std::min(catSecs, TimeShell("cat " + path + " > /dev/null"));
+  }
 
   std::printf("catalog: %lld bytes, %lld file names read (%zu bytes of names)\n",
               static_cast<long long>(bytes), static_cast<long long>(names), total);

@@ -14,19 +14,23 @@ bool CatalogFile::Fail(const Status& s) {
   return false;
 }
 
-bool CatalogFile::ReadBlock(int32_t id, size_t size, uint8_t* buf, const char* kind) {
-  if (!error_.ok()) return false;
+const uint8_t* CatalogFile::ReadBlockSlow(int32_t id, size_t size, uint8_t* buf,
+                                          const char* kind) {
+  if (!error_.ok()) return nullptr;
   if (!IsBlockInside(id, size)) {
-    return Fail(Status::Corruption(std::string("a link to a ") + kind + " points outside the file (" +
-                                   std::to_string(id) + ")"));
+    Fail(Status::Corruption(std::string("a link to a ") + kind + " points outside the file (" +
+                            std::to_string(id) + ")"));
+    return nullptr;
   }
-  return Check(data_->Read(id, buf, size));
+  if (const uint8_t* p = data_->Peek(id, size)) return p;
+  return Check(data_->Read(id, buf, size)) ? buf : nullptr;
 }
 
 bool CatalogFile::Read(int32_t id, HeaderRecord* out) {
   uint8_t buf[HeaderRecord::kSize];
-  if (!ReadBlock(id, sizeof buf, buf, "header")) return false;
-  *out = HeaderRecord::DecodeFrom(buf);
+  const uint8_t* p = ReadBlock(id, sizeof buf, buf, "header");
+  if (!p) return false;
+  HeaderRecord::Decode(p, out);
   return true;
 }
 
@@ -39,32 +43,36 @@ std::string WrongKind(const char* kind, int32_t id) {
 
 bool CatalogFile::Read(int32_t id, CdRecord* out) {
   uint8_t buf[CdRecord::kSize];
-  if (!ReadBlock(id, sizeof buf, buf, "disc")) return false;
-  *out = CdRecord::DecodeFrom(buf);
+  const uint8_t* p = ReadBlock(id, sizeof buf, buf, "disc");
+  if (!p) return false;
+  CdRecord::Decode(p, out);
   if (out->id != id) return Fail(Status::Corruption(WrongKind("disc", id)));
   return true;
 }
 
 bool CatalogFile::Read(int32_t id, DirRecord* out) {
   uint8_t buf[DirRecord::kSize];
-  if (!ReadBlock(id, sizeof buf, buf, "folder")) return false;
-  *out = DirRecord::DecodeFrom(buf);
+  const uint8_t* p = ReadBlock(id, sizeof buf, buf, "folder");
+  if (!p) return false;
+  DirRecord::Decode(p, out);
   if (out->id != id) return Fail(Status::Corruption(WrongKind("folder", id)));
   return true;
 }
 
 bool CatalogFile::Read(int32_t id, FileRecord* out) {
   uint8_t buf[FileRecord::kSize];
-  if (!ReadBlock(id, sizeof buf, buf, "file")) return false;
-  *out = FileRecord::DecodeFrom(buf);
+  const uint8_t* p = ReadBlock(id, sizeof buf, buf, "file");
+  if (!p) return false;
+  FileRecord::Decode(p, out);
   if (out->id != id) return Fail(Status::Corruption(WrongKind("file", id)));
   return true;
 }
 
 bool CatalogFile::Read(int32_t id, CatRecord* out) {
   uint8_t buf[CatRecord::kSize];
-  if (!ReadBlock(id, sizeof buf, buf, "category")) return false;
-  *out = CatRecord::DecodeFrom(buf);
+  const uint8_t* p = ReadBlock(id, sizeof buf, buf, "category");
+  if (!p) return false;
+  CatRecord::Decode(p, out);
   if (out->id != id || out->kind != CatRecord::kKind) {
     return Fail(Status::Corruption(WrongKind("category", id)));
   }
@@ -85,16 +93,24 @@ int32_t CatalogFile::AppendBlock(size_t size) {
 }
 
 bool CatalogFile::ReadRawText(const TextRef& ref, std::string* out) {
-  out->clear();
-  if (ref.count == 0) return true;
+  if (ref.count == 0) {
+    out->clear();
+    return true;
+  }
   if (ref.count < 0 || ref.pos < 1 ||
       static_cast<int64_t>(ref.pos) - 1 + ref.count > Length()) {
+    out->clear();
     return Fail(Status::Corruption("a text lies outside the file (position " +
                                    std::to_string(ref.pos) + ", " + std::to_string(ref.count) +
                                    " bytes)"));
   }
-  out->resize(static_cast<size_t>(ref.count));
-  if (!Check(data_->Read(ref.pos, out->data(), out->size()))) {
+  const auto n = static_cast<size_t>(ref.count);
+  if (const uint8_t* p = data_->Peek(ref.pos, n)) {
+    out->assign(reinterpret_cast<const char*>(p), n);
+    return true;
+  }
+  out->resize(n);
+  if (!Check(data_->Read(ref.pos, out->data(), n))) {
     out->clear();
     return false;
   }

@@ -29,8 +29,10 @@ class CatalogFile {
   const std::string& path() const { return path_; }
   HeaderRecord& header() { return header_; }
   const HeaderRecord& header() const { return header_; }
-  TextEncoding encoding() const {
-    return header_.IsUtf8() ? TextEncoding::kUtf8 : TextEncoding::kWindows1252;
+  TextEncoding encoding() const { return encoding_; }
+  // Takes the encoding from the header's marker; call after the header is set.
+  void UpdateEncoding() {
+    encoding_ = header_.IsUtf8() ? TextEncoding::kUtf8 : TextEncoding::kWindows1252;
   }
   int64_t Length() const { return data_->Length(); }
 
@@ -89,11 +91,20 @@ class CatalogFile {
 
  private:
   bool Check(const Status& s) { return s.ok() ? true : Fail(s); }
-  bool ReadBlock(int32_t id, size_t size, uint8_t* buf, const char* kind);
+  // The block's bytes: in place when the data file has them in memory, else
+  // read into buf. Null on failure (recorded).
+  const uint8_t* ReadBlock(int32_t id, size_t size, uint8_t* buf, const char* kind) {
+    if (error_.ok() && IsBlockInside(id, size)) {
+      if (const uint8_t* p = data_->Peek(id, size)) return p;
+    }
+    return ReadBlockSlow(id, size, buf, kind);
+  }
+  const uint8_t* ReadBlockSlow(int32_t id, size_t size, uint8_t* buf, const char* kind);
 
   std::unique_ptr<DataFile> data_;
   std::string path_;
   HeaderRecord header_;
+  TextEncoding encoding_ = TextEncoding::kWindows1252;
   Status error_;
   size_t warnings_ = 0;
   std::string scratch_;

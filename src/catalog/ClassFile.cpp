@@ -64,6 +64,7 @@ int32_t ClassFile::uRecordAdd() {
 
 bool ClassFile::MoveFirst() {
   steps_ = 0;
+  stepLimit_ = 0;
   if (first_ == 0) return eof_ = true, false;
   return recordGet(first_);
 }
@@ -71,7 +72,9 @@ bool ClassFile::MoveFirst() {
 bool ClassFile::MoveNext() {
   if (eof_) return false;
   if (rec_.next == 0) return eof_ = true, false;
-  if (++steps_ > file_->MaxChainLength(FileRecord::kSize)) {
+  // The bound is worked out once per walk: a division per record would show.
+  if (stepLimit_ == 0) stepLimit_ = file_->MaxChainLength(FileRecord::kSize);
+  if (++steps_ > stepLimit_) {
     file_->Fail(LoopError("file"));
     return eof_ = true, false;
   }

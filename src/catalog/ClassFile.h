@@ -109,6 +109,7 @@ class ClassFile {
   int32_t last_ = 0;
   bool eof_ = true;
   int64_t steps_ = 0;
+  int64_t stepLimit_ = 0;  // 0 until the walk's first step
   int64_t* running_ = nullptr;  // set while appending
   std::unique_ptr<ClassFile> members_;
 };

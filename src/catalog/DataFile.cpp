@@ -44,22 +44,41 @@ Status DataFile::ReadDisk(int64_t offset, char* dst, size_t n) {
     std::memcpy(dst, window_.data() + (offset - windowStart_), n);
     return Status::OK();
   }
-  size_t got = 0;
   if (n >= kWindowSize / 2) {
+    size_t got = 0;
     Status s = io_->ReadAt(static_cast<uint64_t>(offset), dst, n, &got);
     if (!s.ok()) return s;
     return got == n ? Status::OK() : Status::Corruption("the file ended early");
   }
-  window_.resize(kWindowSize);
-  windowStart_ = offset;
-  const size_t want =
-      static_cast<size_t>(std::min<int64_t>(kWindowSize, flushed_ - offset));
-  Status s = io_->ReadAt(static_cast<uint64_t>(offset), window_.data(), want, &got);
-  windowLen_ = s.ok() ? got : 0;
+  Status s = FillWindow(offset);
   if (!s.ok()) return s;
-  if (got < n) return Status::Corruption("the file ended early");
+  if (windowLen_ < n) return Status::Corruption("the file ended early");
   std::memcpy(dst, window_.data(), n);
   return Status::OK();
+}
+
+Status DataFile::FillWindow(int64_t offset) {
+  window_.resize(kWindowSize);
+  windowStart_ = offset;
+  const size_t want = static_cast<size_t>(std::min<int64_t>(kWindowSize, flushed_ - offset));
+  size_t got = 0;
+  Status s = io_->ReadAt(static_cast<uint64_t>(offset), window_.data(), want, &got);
+  windowLen_ = s.ok() ? got : 0;
+  return s;
+}
+
+const uint8_t* DataFile::PeekSlow(int64_t pos, size_t n) {
+  const int64_t offset = pos - 1;
+  const int64_t end = offset + static_cast<int64_t>(n);
+  if (pos < 1 || end > Length()) return nullptr;
+  if (offset >= flushed_) {
+    return reinterpret_cast<const uint8_t*>(tail_.data() + (offset - flushed_));
+  }
+  if (end > flushed_ || n >= kWindowSize / 2) return nullptr;
+  if (offset < windowStart_ || end > windowStart_ + static_cast<int64_t>(windowLen_)) {
+    if (!FillWindow(offset).ok() || windowLen_ < n) return nullptr;
+  }
+  return reinterpret_cast<const uint8_t*>(window_.data() + (offset - windowStart_));
 }
 
 void DataFile::PatchWindow(int64_t offset, const char* src, size_t n) {

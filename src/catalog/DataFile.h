@@ -46,6 +46,19 @@ class DataFile {
   // Reads n bytes at 1-based position pos. Fails with Corruption when any of
   // them lies outside the file.
   Status Read(int64_t pos, void* dst, size_t n);
+  // Points at the n bytes at pos when they can be had without a copy: from the
+  // write buffer or the read window (refilled when needed). Null when they lie
+  // outside the file or cannot be read; Read then says why. The pointer is
+  // valid until the next call on this DataFile.
+  const uint8_t* Peek(int64_t pos, size_t n) {
+    // The common case of a walk, inline: the bytes are in the read window.
+    const int64_t offset = pos - 1;
+    if (offset >= windowStart_ && pos >= 1 &&
+        offset + static_cast<int64_t>(n) <= windowStart_ + static_cast<int64_t>(windowLen_)) {
+      return reinterpret_cast<const uint8_t*>(window_.data() + (offset - windowStart_));
+    }
+    return PeekSlow(pos, n);
+  }
   // Writes n bytes at 1-based pos; pos may be at most Length() + 1.
   Status Write(int64_t pos, const void* src, size_t n);
   // Appends n bytes at the end; *pos receives their 1-based position.
@@ -60,6 +73,8 @@ class DataFile {
  private:
   Status Load();
   Status ReadDisk(int64_t offset, char* dst, size_t n);
+  Status FillWindow(int64_t offset);
+  const uint8_t* PeekSlow(int64_t pos, size_t n);
   void PatchWindow(int64_t offset, const char* src, size_t n);
 
   std::unique_ptr<FileIO> io_;

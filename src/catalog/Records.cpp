@@ -79,9 +79,9 @@ void HeaderRecord::EncodeTo(uint8_t* dst) const {
   for (const TextRef* t : {&font, &name, &notes, &extra, &iconKey, &password}) w.Text(*t);
 }
 
-HeaderRecord HeaderRecord::DecodeFrom(const uint8_t* src) {
+void HeaderRecord::Decode(const uint8_t* src, HeaderRecord* out) {
   Reader r(src);
-  HeaderRecord h;
+  HeaderRecord& h = *out;
   r.Bytes(&h.signature);
   h.versionMajor = r.I16();
   h.versionMinor = r.I16();
@@ -97,7 +97,6 @@ HeaderRecord HeaderRecord::DecodeFrom(const uint8_t* src) {
   r.Bytes(&h.reserved);
   h.bytesUsed = r.I32();
   for (TextRef* t : {&h.font, &h.name, &h.notes, &h.extra, &h.iconKey, &h.password}) *t = r.Text();
-  return h;
 }
 
 void CdRecord::EncodeTo(uint8_t* dst) const {
@@ -124,9 +123,9 @@ void CdRecord::EncodeTo(uint8_t* dst) const {
   w.I32(bytesUsed);
 }
 
-CdRecord CdRecord::DecodeFrom(const uint8_t* src) {
+void CdRecord::Decode(const uint8_t* src, CdRecord* out) {
   Reader r(src);
-  CdRecord c;
+  CdRecord& c = *out;
   c.id = r.I32();
   c.next = r.I32();
   c.prev = r.I32();
@@ -147,7 +146,6 @@ CdRecord CdRecord::DecodeFrom(const uint8_t* src) {
   c.mediaType = r.I32();
   c.category = r.I32();
   c.bytesUsed = r.I32();
-  return c;
 }
 
 void DirRecord::EncodeTo(uint8_t* dst) const {
@@ -171,9 +169,9 @@ void DirRecord::EncodeTo(uint8_t* dst) const {
   w.I32(reserved);
 }
 
-DirRecord DirRecord::DecodeFrom(const uint8_t* src) {
+void DirRecord::Decode(const uint8_t* src, DirRecord* out) {
   Reader r(src);
-  DirRecord d;
+  DirRecord& d = *out;
   d.id = r.I32();
   d.cdId = r.I32();
   d.next = r.I32();
@@ -191,7 +189,6 @@ DirRecord DirRecord::DecodeFrom(const uint8_t* src) {
   d.countOfDirs = r.I32();
   d.countOfFilesDirect = r.I32();
   d.reserved = r.I32();
-  return d;
 }
 
 void FileRecord::EncodeTo(uint8_t* dst) const {
@@ -212,9 +209,9 @@ void FileRecord::EncodeTo(uint8_t* dst) const {
   w.Text(extra);
 }
 
-FileRecord FileRecord::DecodeFrom(const uint8_t* src) {
+void FileRecord::Decode(const uint8_t* src, FileRecord* out) {
   Reader r(src);
-  FileRecord f;
+  FileRecord& f = *out;
   f.id = r.I32();
   f.dirId = r.I32();
   f.cdId = r.I32();
@@ -229,7 +226,6 @@ FileRecord FileRecord::DecodeFrom(const uint8_t* src) {
   f.name = r.Text();
   f.notes = r.Text();
   f.extra = r.Text();
-  return f;
 }
 
 void CatRecord::EncodeTo(uint8_t* dst) const {
@@ -247,9 +243,9 @@ void CatRecord::EncodeTo(uint8_t* dst) const {
   w.I32(bytesUsed);
 }
 
-CatRecord CatRecord::DecodeFrom(const uint8_t* src) {
+void CatRecord::Decode(const uint8_t* src, CatRecord* out) {
   Reader r(src);
-  CatRecord c;
+  CatRecord& c = *out;
   c.kind = r.U8();
   c.id = r.I32();
   c.next = r.I32();
@@ -261,7 +257,6 @@ CatRecord CatRecord::DecodeFrom(const uint8_t* src) {
   c.iconKey = r.Text();
   c.parent = r.I32();
   c.bytesUsed = r.I32();
-  return c;
 }
 
 int64_t TextBytes(const HeaderRecord& r) {

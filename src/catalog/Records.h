@@ -42,7 +42,12 @@ struct HeaderRecord {
   bool HasSignature() const;
   bool IsUtf8() const;
   void EncodeTo(uint8_t* dst) const;
-  static HeaderRecord DecodeFrom(const uint8_t* src);
+  static void Decode(const uint8_t* src, HeaderRecord* out);  // every field is set
+  static HeaderRecord DecodeFrom(const uint8_t* src) {
+    HeaderRecord rec;
+    Decode(src, &rec);
+    return rec;
+  }
 };
 
 struct CdRecord {
@@ -67,7 +72,12 @@ struct CdRecord {
   int32_t bytesUsed = 0;
 
   void EncodeTo(uint8_t* dst) const;
-  static CdRecord DecodeFrom(const uint8_t* src);
+  static void Decode(const uint8_t* src, CdRecord* out);  // every field is set
+  static CdRecord DecodeFrom(const uint8_t* src) {
+    CdRecord rec;
+    Decode(src, &rec);
+    return rec;
+  }
 };
 
 struct DirRecord {
@@ -89,7 +99,12 @@ struct DirRecord {
   int32_t reserved = 0;
 
   void EncodeTo(uint8_t* dst) const;
-  static DirRecord DecodeFrom(const uint8_t* src);
+  static void Decode(const uint8_t* src, DirRecord* out);  // every field is set
+  static DirRecord DecodeFrom(const uint8_t* src) {
+    DirRecord rec;
+    Decode(src, &rec);
+    return rec;
+  }
 };
 
 struct FileRecord {
@@ -108,7 +123,12 @@ struct FileRecord {
   TextRef path, name, notes, extra;
 
   void EncodeTo(uint8_t* dst) const;
-  static FileRecord DecodeFrom(const uint8_t* src);
+  static void Decode(const uint8_t* src, FileRecord* out);  // every field is set
+  static FileRecord DecodeFrom(const uint8_t* src) {
+    FileRecord rec;
+    Decode(src, &rec);
+    return rec;
+  }
 };
 
 struct CatRecord {
@@ -125,7 +145,12 @@ struct CatRecord {
   int32_t bytesUsed = 0;
 
   void EncodeTo(uint8_t* dst) const;
-  static CatRecord DecodeFrom(const uint8_t* src);
+  static void Decode(const uint8_t* src, CatRecord* out);  // every field is set
+  static CatRecord DecodeFrom(const uint8_t* src) {
+    CatRecord rec;
+    Decode(src, &rec);
+    return rec;
+  }
 };
 
 // The bytes the texts of a record occupy.

@@ -26,6 +26,7 @@ int32_t classCat::recordAdd() {
 
 bool classCat::MoveFirst() {
   steps_ = 0;
+  stepLimit_ = 0;
   const int32_t first = file_->header().firstCat;
   if (first == 0) return eof_ = true, false;
   return recordGet(first);
@@ -34,7 +35,9 @@ bool classCat::MoveFirst() {
 bool classCat::MoveNext() {
   if (eof_) return false;
   if (rec_.next == 0) return eof_ = true, false;
-  if (++steps_ > file_->MaxChainLength(CatRecord::kSize)) {
+  // The bound is worked out once per walk: a division per record would show.
+  if (stepLimit_ == 0) stepLimit_ = file_->MaxChainLength(CatRecord::kSize);
+  if (++steps_ > stepLimit_) {
     file_->Fail(LoopError("category"));
     return eof_ = true, false;
   }

@@ -71,6 +71,7 @@ class classCat {
   CatRecord rec_;
   bool eof_ = true;
   int64_t steps_ = 0;
+  int64_t stepLimit_ = 0;  // 0 until the walk's first step
   std::vector<int32_t> stack_;
 };
 

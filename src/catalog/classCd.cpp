@@ -30,6 +30,7 @@ int32_t classCd::recordAdd() {
 
 bool classCd::MoveFirst() {
   steps_ = 0;
+  stepLimit_ = 0;
   const int32_t first = file_->header().firstCd;
   if (first == 0) return eof_ = true, false;
   return recordGet(first);
@@ -38,7 +39,9 @@ bool classCd::MoveFirst() {
 bool classCd::MoveNext() {
   if (eof_) return false;
   if (rec_.next == 0) return eof_ = true, false;
-  if (++steps_ > file_->MaxChainLength(CdRecord::kSize)) {
+  // The bound is worked out once per walk: a division per record would show.
+  if (stepLimit_ == 0) stepLimit_ = file_->MaxChainLength(CdRecord::kSize);
+  if (++steps_ > stepLimit_) {
     file_->Fail(LoopError("disc"));
     return eof_ = true, false;
   }

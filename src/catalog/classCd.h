@@ -107,6 +107,7 @@ class classCd {
   CdRecord rec_;
   bool eof_ = true;
   int64_t steps_ = 0;
+  int64_t stepLimit_ = 0;  // 0 until the walk's first step
   bool appending_ = false;
   int64_t running_ = 0;
   classDir dirs_;

@@ -130,6 +130,7 @@ bool classData::OpenWith(std::unique_ptr<FileIO> io, const std::string& name, bo
     s = ValidateHeader(h, length);
     if (!s.ok()) return Refuse(kDataFileError, s.message());
   }
+  file_->UpdateEncoding();
   file_->header().lastOpened = OleDateNow();
 
   if (askPassword) {

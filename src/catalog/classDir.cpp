@@ -44,6 +44,7 @@ int32_t classDir::recordAdd() {
 
 bool classDir::MoveFirst() {
   steps_ = 0;
+  stepLimit_ = 0;
   if (first_ == 0) return eof_ = true, false;
   return recordGet(first_);
 }
@@ -51,7 +52,9 @@ bool classDir::MoveFirst() {
 bool classDir::MoveNext() {
   if (eof_) return false;
   if (rec_.next == 0) return eof_ = true, false;
-  if (++steps_ > file_->MaxChainLength(DirRecord::kSize)) {
+  // The bound is worked out once per walk: a division per record would show.
+  if (stepLimit_ == 0) stepLimit_ = file_->MaxChainLength(DirRecord::kSize);
+  if (++steps_ > stepLimit_) {
     file_->Fail(LoopError("folder"));
     return eof_ = true, false;
   }
