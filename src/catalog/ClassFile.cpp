@@ -13,7 +13,7 @@ namespace {
 constexpr double kNewRecordDate = 2.0;
 }  // namespace
 
-ClassFile::ClassFile(CatalogFile* file) : file_(file) {}
+ClassFile::ClassFile(CatalogFile* file) : ChainCursor(file, "file") {}
 ClassFile::~ClassFile() = default;
 
 void ClassFile::uSetDefaults(CatalogFile* file, int32_t dirId, int32_t cdId, int32_t first,
@@ -39,13 +39,6 @@ void ClassFile::uSetAppendStart(int32_t dirId, int32_t cdId, int64_t* running) {
   running_ = running;
 }
 
-bool ClassFile::recordGet(int32_t id) {
-  // A block that fails its checks ends the walk; the buffer is then stale.
-  if (!file_->Read(id, &rec_)) return eof_ = true, false;
-  eof_ = false;
-  return true;
-}
-
 int32_t ClassFile::uRecordAdd() {
   const int32_t id = file_->AppendBlock(FileRecord::kSize);
   if (id == 0) return 0;
@@ -62,30 +55,9 @@ int32_t ClassFile::uRecordAdd() {
   return id;
 }
 
-bool ClassFile::MoveFirst() {
-  steps_ = 0;
-  stepLimit_ = 0;
-  if (first_ == 0) return eof_ = true, false;
-  return recordGet(first_);
-}
+bool ClassFile::MoveFirst() { return WalkFrom(first_); }
 
-bool ClassFile::MoveNext() {
-  if (eof_) return false;
-  if (rec_.next == 0) return eof_ = true, false;
-  // The bound is worked out once per walk: a division per record would show.
-  if (stepLimit_ == 0) stepLimit_ = file_->MaxChainLength(FileRecord::kSize);
-  if (++steps_ > stepLimit_) {
-    file_->Fail(LoopError("file"));
-    return eof_ = true, false;
-  }
-  return recordGet(rec_.next);
-}
-
-std::string ClassFile::Text(const TextRef& ref) const {
-  std::string out;
-  file_->ReadText(ref, &out);
-  return out;
-}
+bool ClassFile::MoveNext() { return WalkNext(); }
 
 bool ClassFile::SetText(TextRef* ref, const std::string& value) {
   int64_t delta = 0;

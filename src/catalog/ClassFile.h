@@ -8,11 +8,12 @@
 #include <string>
 
 #include "catalog/CatalogFile.h"
+#include "catalog/ChainCursor.h"
 #include "catalog/Records.h"
 
 namespace gorvan {
 
-class ClassFile {
+class ClassFile : public ChainCursor<FileRecord> {
  public:
   explicit ClassFile(CatalogFile* file = nullptr);
   ~ClassFile();
@@ -31,15 +32,10 @@ class ClassFile {
   int64_t uGetSpaceUsed() const { return running_ ? *running_ : 0; }
 
   // Cursor operations.
-  bool recordGet(int32_t id);
-  bool recordWrite() { return file_->Write(rec_); }
-  bool RecordUpdate() { return recordWrite(); }
   // Appends a new file block at the end of the file and of the chain; loaded.
   int32_t uRecordAdd();
   bool MoveFirst();
   bool MoveNext();
-  bool isEof() const { return eof_; }
-  bool MoveAbsolute(int32_t id) { return recordGet(id); }
 
   int32_t GetFileId() const { return rec_.id; }
   int32_t GetFileDirId() const { return rec_.dirId; }
@@ -88,28 +84,20 @@ class ClassFile {
   bool GetZipAppendFinish();
   bool GetZipRemove(int32_t memberId);
 
-  FileRecord& record() { return rec_; }
-  const FileRecord& record() const { return rec_; }
 
  private:
   enum class Owner { kFolder, kArchive };
 
-  std::string Text(const TextRef& ref) const;
   bool SetText(TextRef* ref, const std::string& value);
   ClassFile& Members();
   int64_t SubtreeBytes();
 
-  CatalogFile* file_;
-  FileRecord rec_;
   Owner owner_ = Owner::kFolder;
   int32_t ownerId_ = 0;
   int32_t dirId_ = 0;
   int32_t cdId_ = 0;
   int32_t first_ = 0;
   int32_t last_ = 0;
-  bool eof_ = true;
-  int64_t steps_ = 0;
-  int64_t stepLimit_ = 0;  // 0 until the walk's first step
   int64_t* running_ = nullptr;  // set while appending
   std::unique_ptr<ClassFile> members_;
 };

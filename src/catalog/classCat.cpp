@@ -4,15 +4,6 @@
 
 namespace gorvan {
 
-bool classCat::recordGet(int32_t id) {
-  // A block that fails its checks ends the walk; the buffer is then stale.
-  if (!file_->Read(id, &rec_)) return eof_ = true, false;
-  eof_ = false;
-  return true;
-}
-
-bool classCat::recordWrite() { return file_->Write(rec_); }
-
 int32_t classCat::recordAdd() {
   const int32_t id = file_->AppendBlock(CatRecord::kSize);
   if (id == 0) return 0;
@@ -24,31 +15,9 @@ int32_t classCat::recordAdd() {
   return id;
 }
 
-bool classCat::MoveFirst() {
-  steps_ = 0;
-  stepLimit_ = 0;
-  const int32_t first = file_->header().firstCat;
-  if (first == 0) return eof_ = true, false;
-  return recordGet(first);
-}
+bool classCat::MoveFirst() { return WalkFrom(file_->header().firstCat); }
 
-bool classCat::MoveNext() {
-  if (eof_) return false;
-  if (rec_.next == 0) return eof_ = true, false;
-  // The bound is worked out once per walk: a division per record would show.
-  if (stepLimit_ == 0) stepLimit_ = file_->MaxChainLength(CatRecord::kSize);
-  if (++steps_ > stepLimit_) {
-    file_->Fail(LoopError("category"));
-    return eof_ = true, false;
-  }
-  return recordGet(rec_.next);
-}
-
-std::string classCat::Text(const TextRef& ref) const {
-  std::string out;
-  file_->ReadText(ref, &out);
-  return out;
-}
+bool classCat::MoveNext() { return WalkNext(); }
 
 bool classCat::SetText(TextRef* ref, const std::string& value) {
   int64_t delta = 0;

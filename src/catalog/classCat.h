@@ -7,27 +7,23 @@
 #include <vector>
 
 #include "catalog/CatalogFile.h"
+#include "catalog/ChainCursor.h"
 #include "catalog/Records.h"
 
 namespace gorvan {
 
-class classCat {
+class classCat : public ChainCursor<CatRecord> {
  public:
   // GetCategoryPath joins the category names from the top down with this.
   static constexpr const char* kPathSeparator = "\\";
 
-  explicit classCat(CatalogFile* file = nullptr) : file_(file) {}
+  explicit classCat(CatalogFile* file = nullptr) : ChainCursor(file, "category") {}
   void SetDefaultCatRec(CatalogFile* file) { file_ = file; }
 
   // Cursor operations.
-  bool recordGet(int32_t id);
-  bool recordWrite();
-  bool RecordUpdate() { return recordWrite(); }
   int32_t recordAdd();  // a new unlinked block at the end of the file; loaded
   bool MoveFirst();
   bool MoveNext();
-  bool isEof() const { return eof_; }
-  bool MoveAbsolute(int32_t id) { return recordGet(id); }
 
   int32_t GetCatId() const { return rec_.id; }
   std::string GetCatName() const { return Text(rec_.name); }
@@ -60,18 +56,10 @@ class classCat {
   void RecordPush() { stack_.push_back(rec_.id); }
   bool RecordPop();
 
-  CatRecord& record() { return rec_; }
-  const CatRecord& record() const { return rec_; }
 
  private:
-  std::string Text(const TextRef& ref) const;
   bool SetText(TextRef* ref, const std::string& value);
 
-  CatalogFile* file_;
-  CatRecord rec_;
-  bool eof_ = true;
-  int64_t steps_ = 0;
-  int64_t stepLimit_ = 0;  // 0 until the walk's first step
   std::vector<int32_t> stack_;
 };
 

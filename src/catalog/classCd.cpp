@@ -6,14 +6,6 @@
 
 namespace gorvan {
 
-bool classCd::recordGet(int32_t id) {
-  // A block that fails its checks ends the walk; the buffer is then stale.
-  if (!file_->Read(id, &rec_)) return eof_ = true, false;
-  eof_ = false;
-  appending_ = false;
-  return true;
-}
-
 int32_t classCd::recordAdd() {
   const int32_t id = file_->AppendBlock(CdRecord::kSize);
   if (id == 0) return 0;
@@ -28,31 +20,9 @@ int32_t classCd::recordAdd() {
   return id;
 }
 
-bool classCd::MoveFirst() {
-  steps_ = 0;
-  stepLimit_ = 0;
-  const int32_t first = file_->header().firstCd;
-  if (first == 0) return eof_ = true, false;
-  return recordGet(first);
-}
+bool classCd::MoveFirst() { return WalkFrom(file_->header().firstCd); }
 
-bool classCd::MoveNext() {
-  if (eof_) return false;
-  if (rec_.next == 0) return eof_ = true, false;
-  // The bound is worked out once per walk: a division per record would show.
-  if (stepLimit_ == 0) stepLimit_ = file_->MaxChainLength(CdRecord::kSize);
-  if (++steps_ > stepLimit_) {
-    file_->Fail(LoopError("disc"));
-    return eof_ = true, false;
-  }
-  return recordGet(rec_.next);
-}
-
-std::string classCd::Text(const TextRef& ref) const {
-  std::string out;
-  file_->ReadText(ref, &out);
-  return out;
-}
+bool classCd::MoveNext() { return WalkNext(); }
 
 bool classCd::SetText(TextRef* ref, const std::string& value) {
   int64_t delta = 0;

@@ -6,33 +6,29 @@
 #include <string>
 
 #include "catalog/CatalogFile.h"
+#include "catalog/ChainCursor.h"
 #include "catalog/Records.h"
 #include "catalog/classDir.h"
 
 namespace gorvan {
 
-class classCd {
+class classCd : public ChainCursor<CdRecord> {
  public:
   // A new disc record holds this "last scanned" date until the scan sets one.
   static constexpr double kNewLastScanned = 2.0;
 
-  explicit classCd(CatalogFile* file = nullptr) : file_(file), dirs_(file) {}
+  explicit classCd(CatalogFile* file = nullptr) : ChainCursor(file, "disc"), dirs_(file) {}
   void Bind(CatalogFile* file) {
     file_ = file;
     eof_ = true;
     dirs_.SetDefaultCdRec(file, 0, 0, 0);
   }
 
-  bool recordGet(int32_t id);
-  bool recordWrite() { return file_->Write(rec_); }
-  bool RecordUpdate() { return recordWrite(); }
   // A new unlinked disc block at the end of the file: every field 0, last
   // scanned 2.0, bytes used 116. Loaded.
   int32_t recordAdd();
   bool MoveFirst();
   bool MoveNext();
-  bool isEof() const { return eof_; }
-  bool MoveAbsolute(int32_t id) { return recordGet(id); }
 
   int32_t GetCdId() const { return rec_.id; }
   // With withArtist set: the name, " - " and the audio artist ("AR") when the
@@ -96,18 +92,10 @@ class classCd {
   bool GetDirRemove(int32_t dirId);
   classDir& dirs() { return dirs_; }
 
-  CdRecord& record() { return rec_; }
-  const CdRecord& record() const { return rec_; }
 
  private:
-  std::string Text(const TextRef& ref) const;
   bool SetText(TextRef* ref, const std::string& value);
 
-  CatalogFile* file_;
-  CdRecord rec_;
-  bool eof_ = true;
-  int64_t steps_ = 0;
-  int64_t stepLimit_ = 0;  // 0 until the walk's first step
   bool appending_ = false;
   int64_t running_ = 0;
   classDir dirs_;

@@ -20,13 +20,6 @@ void classDir::SetAppendStart(int32_t cdId, int64_t* running) {
   running_ = running;
 }
 
-bool classDir::recordGet(int32_t id) {
-  // A block that fails its checks ends the walk; the buffer is then stale.
-  if (!file_->Read(id, &rec_)) return eof_ = true, false;
-  eof_ = false;
-  return true;
-}
-
 int32_t classDir::recordAdd() {
   const int32_t id = file_->AppendBlock(DirRecord::kSize);
   if (id == 0) return 0;
@@ -42,30 +35,9 @@ int32_t classDir::recordAdd() {
   return id;
 }
 
-bool classDir::MoveFirst() {
-  steps_ = 0;
-  stepLimit_ = 0;
-  if (first_ == 0) return eof_ = true, false;
-  return recordGet(first_);
-}
+bool classDir::MoveFirst() { return WalkFrom(first_); }
 
-bool classDir::MoveNext() {
-  if (eof_) return false;
-  if (rec_.next == 0) return eof_ = true, false;
-  // The bound is worked out once per walk: a division per record would show.
-  if (stepLimit_ == 0) stepLimit_ = file_->MaxChainLength(DirRecord::kSize);
-  if (++steps_ > stepLimit_) {
-    file_->Fail(LoopError("folder"));
-    return eof_ = true, false;
-  }
-  return recordGet(rec_.next);
-}
-
-std::string classDir::Text(const TextRef& ref) const {
-  std::string out;
-  file_->ReadText(ref, &out);
-  return out;
-}
+bool classDir::MoveNext() { return WalkNext(); }
 
 bool classDir::SetText(TextRef* ref, const std::string& value) {
   int64_t delta = 0;

@@ -7,14 +7,15 @@
 #include <string>
 
 #include "catalog/CatalogFile.h"
+#include "catalog/ChainCursor.h"
 #include "catalog/ClassFile.h"
 #include "catalog/Records.h"
 
 namespace gorvan {
 
-class classDir {
+class classDir : public ChainCursor<DirRecord> {
  public:
-  explicit classDir(CatalogFile* file = nullptr) : file_(file), files_(file) {}
+  explicit classDir(CatalogFile* file = nullptr) : ChainCursor(file, "folder"), files_(file) {}
 
   // Binds the cursor to the folder chain of disc cdId.
   void SetDefaultCdRec(CatalogFile* file, int32_t cdId, int32_t first, int32_t last);
@@ -25,14 +26,9 @@ class classDir {
   int32_t getDirRecLast() const { return last_; }
   int64_t GetSpaceUsed() const { return running_ ? *running_ : 0; }
 
-  bool recordGet(int32_t id);
-  bool recordWrite() { return file_->Write(rec_); }
-  bool RecordUpdate() { return recordWrite(); }
   int32_t recordAdd();
   bool MoveFirst();
   bool MoveNext();
-  bool isEof() const { return eof_; }
-  bool MoveAbsolute(int32_t id) { return recordGet(id); }
 
   int32_t GetDirId() const { return rec_.id; }
   int32_t GetDirCdId() const { return rec_.cdId; }
@@ -86,21 +82,13 @@ class classDir {
   bool GetFileRemove(int32_t fileId);
   ClassFile& files() { return files_; }
 
-  DirRecord& record() { return rec_; }
-  const DirRecord& record() const { return rec_; }
 
  private:
-  std::string Text(const TextRef& ref) const;
   bool SetText(TextRef* ref, const std::string& value);
 
-  CatalogFile* file_;
-  DirRecord rec_;
   int32_t cdId_ = 0;
   int32_t first_ = 0;
   int32_t last_ = 0;
-  bool eof_ = true;
-  int64_t steps_ = 0;
-  int64_t stepLimit_ = 0;  // 0 until the walk's first step
   int64_t* running_ = nullptr;
   ClassFile files_;
 };
