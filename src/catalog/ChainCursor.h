@@ -63,6 +63,19 @@ class ChainCursor {
     return out;
   }
 
+  // Sets a text of a folder or file record. Its bytes count for the disc being
+  // built (*running, while appending) or else for the owning disc in the file.
+  bool SetDiscText(TextRef* ref, const std::string& value, int64_t* running) {
+    int64_t delta = 0;
+    if (!file_->WriteText(value, ref, &delta)) return false;
+    if (!RecordUpdate()) return false;
+    if (running) {
+      *running += delta;
+      return true;
+    }
+    return file_->AdjustCdBytes(rec_.cdId, delta);
+  }
+
   CatalogFile* file_;
   Record rec_;
   bool eof_ = true;

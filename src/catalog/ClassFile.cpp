@@ -59,17 +59,6 @@ bool ClassFile::MoveFirst() { return WalkFrom(first_); }
 
 bool ClassFile::MoveNext() { return WalkNext(); }
 
-bool ClassFile::SetText(TextRef* ref, const std::string& value) {
-  int64_t delta = 0;
-  if (!file_->WriteText(value, ref, &delta)) return false;
-  if (!RecordUpdate()) return false;
-  if (running_) {
-    *running_ += delta;
-    return true;
-  }
-  return file_->AdjustCdBytes(rec_.cdId, delta);
-}
-
 std::string ClassFile::GetFileFullName() const {
   std::string path = GetFilePath();
   if (!path.empty() && path.back() != '\\') path += '\\';

@@ -88,7 +88,7 @@ class ClassFile : public ChainCursor<FileRecord> {
  private:
   enum class Owner { kFolder, kArchive };
 
-  bool SetText(TextRef* ref, const std::string& value);
+  bool SetText(TextRef* ref, const std::string& value) { return SetDiscText(ref, value, running_); }
   ClassFile& Members();
   int64_t SubtreeBytes();
 

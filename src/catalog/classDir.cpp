@@ -39,17 +39,6 @@ bool classDir::MoveFirst() { return WalkFrom(first_); }
 
 bool classDir::MoveNext() { return WalkNext(); }
 
-bool classDir::SetText(TextRef* ref, const std::string& value) {
-  int64_t delta = 0;
-  if (!file_->WriteText(value, ref, &delta)) return false;
-  if (!RecordUpdate()) return false;
-  if (running_) {
-    *running_ += delta;
-    return true;
-  }
-  return file_->AdjustCdBytes(rec_.cdId, delta);
-}
-
 std::string classDir::GetDirFullName(bool forExport) const {
   std::string full = GetDirPath();
   if (full.empty() || full.back() != '\\') full += '\\';

@@ -84,7 +84,7 @@ class classDir : public ChainCursor<DirRecord> {
 
 
  private:
-  bool SetText(TextRef* ref, const std::string& value);
+  bool SetText(TextRef* ref, const std::string& value) { return SetDiscText(ref, value, running_); }
 
   int32_t cdId_ = 0;
   int32_t first_ = 0;
