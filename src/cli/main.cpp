@@ -22,6 +22,7 @@ int main(int argc, char** argv) {
   AddCatalogCommands(app, ctx, &result);
   AddEditCommands(app, ctx, &result);
   AddScanCommands(app, ctx, &result);
+  AddSearchCommands(app, ctx, &result);
 
   try {
     app.parse(argc, argv);
