@@ -17,6 +17,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
                         false)) {
     return 0;
   }
+  catalog.file()->ArmWalkBudget(4);
   std::string text;
   for (gorvan::classCat& c = catalog.GetCatFirst(); !c.isEof(); catalog.GetCatNext()) {
     c.GetCategoryPathIncludingMine();

@@ -75,6 +75,23 @@ class CatalogFile {
   // Adds delta to the bytes used of a disc (after edits outside a scan).
   bool AdjustCdBytes(int32_t cdId, int64_t delta);
 
+  // Walk budget. A damaged file can link its chains into loops or share one
+  // chain between many owners, so that walking "everything" never ends or takes
+  // quadratic time. Once armed, the cursors may load at most `factor` times as
+  // many records as the file could hold; past that the walk ends with the
+  // data-file error. One-shot commands arm it; a long-lived program re-arms it
+  // before each full walk.
+  void ArmWalkBudget(int64_t factor = 16) {
+    walkBudget_ = factor * (Length() / static_cast<int64_t>(CatRecord::kSize) + 1);
+  }
+  // Counts one record load against the budget; false (and the error) when spent.
+  bool ChargeWalk() {
+    if (walkBudget_ < 0 || --walkBudget_ >= 0) return true;
+    walkBudget_ = 0;
+    return Fail(Status::Corruption(
+        "the chains hold more records than the file can; they loop or are shared"));
+  }
+
   bool ok() const { return error_.ok(); }
   const Status& error() const { return error_; }
   // Records the first failure; returns false so callers can `return Fail(...)`.
@@ -105,6 +122,7 @@ class CatalogFile {
   std::string path_;
   HeaderRecord header_;
   TextEncoding encoding_ = TextEncoding::kWindows1252;
+  int64_t walkBudget_ = -1;  // -1: not armed
   Status error_;
   size_t warnings_ = 0;
   std::string scratch_;

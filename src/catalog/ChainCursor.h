@@ -20,7 +20,7 @@ class ChainCursor {
   // Loads the block at id. A block that fails its checks ends the walk (the
   // buffer is then stale) and records the data-file error.
   bool recordGet(int32_t id) {
-    if (!file_->Read(id, &rec_)) return eof_ = true, false;
+    if (!file_->ChargeWalk() || !file_->Read(id, &rec_)) return eof_ = true, false;
     eof_ = false;
     return true;
   }

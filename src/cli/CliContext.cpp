@@ -135,6 +135,7 @@ classData* CliContext::Open(int* exitCode, bool mustExist) {
     data_.reset();
     return nullptr;
   }
+  data_->file()->ArmWalkBudget();
   *exitCode = kExitOk;
   return data_.get();
 }

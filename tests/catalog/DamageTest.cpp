@@ -139,3 +139,32 @@ TEST_F(DamageTest, TruncatedAndFlippedFilesNeverCrash) {
 
 }  // namespace
 }  // namespace gorvan::test
+
+namespace gorvan::test {
+namespace {
+
+TEST_F(DamageTest, WalksPastTheBudgetEndWithTheDataFileError) {
+  // Chains that loop into each other or are shared by many owners make a walk
+  // of everything endless or quadratic; the budget keeps it linear.
+  std::string bytes = good_;
+  WriteFileBytes(Path(), bytes);
+  classData data;
+  ASSERT_TRUE(data.OpenFiles(Path(), false, true));
+  data.file()->ArmWalkBudget(0);  // nothing left: the first load ends the walk
+  EXPECT_TRUE(data.GetCdFirst().isEof());
+  EXPECT_TRUE(data.status().IsCorruption());
+
+  ASSERT_TRUE(data.OpenFiles(Path(), false, true));
+  data.file()->ArmWalkBudget(1);
+  int64_t loads = 0;
+  for (classCd& cd = data.GetCdFirst(); !cd.isEof(); data.GetCdNext()) {
+    for (int round = 0; round < 1000 && data.ok(); ++round) {
+      for (classDir& d = cd.GetDirFirst(); !d.isEof(); cd.GetDirNext()) ++loads;
+    }
+  }
+  EXPECT_FALSE(data.ok()) << "re-walking without end is cut off";
+  EXPECT_LT(loads, static_cast<int64_t>(bytes.size()));
+}
+
+}  // namespace
+}  // namespace gorvan::test
