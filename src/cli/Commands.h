@@ -13,6 +13,8 @@ class CliContext;
 void AddCatalogCommands(CLI::App& app, CliContext& ctx, int* result);  // create info ls dump check
 void AddEditCommands(CLI::App& app, CliContext& ctx, int* result);     // category disc folder file password
 void AddScanCommands(CLI::App& app, CliContext& ctx, int* result);     // scan id3
+void AddExportCommands(CLI::App& app, CliContext& ctx, int* result);   // export
+void AddMaintenanceCommands(CLI::App& app, CliContext& ctx, int* result);  // compact backup saveas merge
 void AddSearchCommands(CLI::App& app, CliContext& ctx, int* result);   // search translate
 
 }  // namespace gorvan::cli

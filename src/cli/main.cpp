@@ -22,6 +22,8 @@ int main(int argc, char** argv) {
   AddCatalogCommands(app, ctx, &result);
   AddEditCommands(app, ctx, &result);
   AddScanCommands(app, ctx, &result);
+  AddExportCommands(app, ctx, &result);
+  AddMaintenanceCommands(app, ctx, &result);
   AddSearchCommands(app, ctx, &result);
 
   try {

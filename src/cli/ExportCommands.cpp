@@ -1,0 +1,70 @@
+// gorvan-cli export.
+#include <CLI/CLI.hpp>
+
+#include <iostream>
+#include <memory>
+
+#include "cli/CliContext.h"
+#include "cli/Commands.h"
+#include "cli/WalkProgress.h"
+#include "export/basExport.h"
+
+namespace gorvan::cli {
+namespace {
+
+struct ExportArgs {
+  std::string file;
+  std::string format;
+  std::vector<int32_t> discs;
+};
+
+bool EndsWith(const std::string& s, const std::string& tail) {
+  if (s.size() < tail.size()) return false;
+  for (size_t i = 0; i < tail.size(); ++i) {
+    if (std::tolower(static_cast<unsigned char>(s[s.size() - tail.size() + i])) != tail[i]) {
+      return false;
+    }
+  }
+  return true;
+}
+
+int Export(CliContext& ctx, const ExportArgs& a) {
+  int code = 0;
+  classData* data = ctx.Open(&code);
+  if (!data) return code;
+  ExportOptions options;
+  // Without --format the file's extension decides; XML otherwise.
+  const std::string format = !a.format.empty() ? a.format : EndsWith(a.file, ".csv") ? "csv" : "xml";
+  options.type = format == "csv" ? ExportType::kDelimited : ExportType::kXml;
+  options.discIds = a.discs;
+  if (options.type == ExportType::kXml) options.stylesheet = FindStylesheet();
+
+  ExportResult r;
+  {
+    WalkProgress progress(ctx.quiet);
+    r = basExport(*data, a.file, options, progress.hooks());
+  }
+  if (r.status.IsCancelled()) {
+    std::cerr << "gorvan-cli: export cancelled; " << a.file << " was not written\n";
+    return kExitCancelled;
+  }
+  if (!r.status.ok()) return ctx.Fail(r.status);
+  if (!r.stylesheetProblem.empty()) {
+    std::cerr << "gorvan-cli: warning: " << r.stylesheetProblem << "\n";
+  }
+  return ctx.Finish();
+}
+
+}  // namespace
+
+void AddExportCommands(CLI::App& app, CliContext& ctx, int* result) {
+  auto a = std::make_shared<ExportArgs>();
+  CLI::App* exp = app.add_subcommand("export", "Export discs as XML or comma-separated lines");
+  exp->add_option("FILE", a->file, "The file to write")->required();
+  exp->add_option("--format", a->format, "xml or csv (default: from the extension, else xml)")
+      ->check(CLI::IsMember({"xml", "csv"}));
+  exp->add_option("--disc", a->discs, "A disc id to export (repeat; default: every disc)");
+  exp->callback([&ctx, result, a] { *result = Export(ctx, *a); });
+}
+
+}  // namespace gorvan::cli

@@ -1,0 +1,291 @@
+// The catalog export: exact XML and comma-separated files for small catalogs in
+// both encodings, the escaping, the option boxes, progress, cancel and the
+// stylesheet beside the file.
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <atomic>
+#include <cstdlib>
+#include <fstream>
+
+#include "catalog/classData.h"
+#include "export/basExport.h"
+#include "support/TempDir.h"
+
+namespace gorvan::test {
+namespace {
+
+// 14 Jan 2004 12:00:00 and 1 Mar 2005 00:00:00 as OLE dates.
+constexpr double kNoon2004 = 38000.5;
+constexpr double kMidnight2005 = 38412.0;
+
+std::string Version() {
+  return std::to_string(GORVAN_VERSION_MAJOR) + "." + std::to_string(GORVAN_VERSION_MINOR) + "." +
+         std::to_string(GORVAN_VERSION_REVISION);
+}
+
+std::string Lines(std::initializer_list<std::string> lines) {
+  std::string out;
+  for (const std::string& l : lines) out += l + "\r\n";
+  return out;
+}
+
+class CatalogExportTest : public ::testing::Test {
+ protected:
+  void Open(TextEncoding enc) {
+    data_.SetNewCatalogEncoding(enc);
+    ASSERT_TRUE(data_.OpenFiles(dir_.File("c.cd"), false, true)) << data_.GetErrorText();
+  }
+
+  // A disc with one folder holding one file, and a disc without folders.
+  void FillSmall(const std::string& discName, const std::string& fileName) {
+    classCd& cd = data_.GetCdAppend();
+    cd.SetCdName(discName);
+    cd.SetCdNotes("line one\r\nline two");
+    cd.SetCdExtra("T1first|`|AAalbum|`|T3third");
+    cd.setCdLastScanned(kNoon2004);
+    cd.setCdTotalSize(1.5e15);
+    cd.setCdFreeSpace(2048);
+    cd.setCdMediaType(5);
+    cd.setCdNumOfSubdirs(1);
+    cd.setCdNumOfFiles(1);
+    classDir& dir = cd.GetDirAppend();
+    dir.SetDirName("Docs");
+    dir.SetDirPath("\\");
+    dir.setDirDate(kMidnight2005);
+    dir.setDirAttr(16);
+    dir.setDirSize(1234);
+    dir.setDirCountOfFiles(1);
+    dir.setDirCountOfFilesDirect(1);
+    dir.GetFileAppendStart();
+    ClassFile& f = dir.GetFileAppend();
+    f.SetFileName(fileName);
+    f.setFilePath("\\Docs");
+    f.setFileDate(kNoon2004);
+    f.setFileSize(1234);
+    f.setFileAttr(33);
+    f.SetFileExtra("T4fourth");
+    // Archive members stay out of the export.
+    f.GetZipAppendStart();
+    f.GetZipAppend().SetFileName("member.txt");
+    f.GetZipAppendFinish();
+    dir.GetFileAppendFinish();
+    cd.GetDirAppendFinish();
+    ASSERT_TRUE(data_.GetCdCommit());
+    first_ = cd.GetCdId();
+
+    classCd& empty = data_.GetCdAppend();
+    empty.SetCdName("Empty");
+    empty.setCdLastScanned(kMidnight2005);
+    empty.GetDirAppendFinish();
+    ASSERT_TRUE(data_.GetCdCommit());
+    second_ = empty.GetCdId();
+  }
+
+  ExportResult Export(ExportType type, const std::string& name = "out") {
+    options_.type = type;
+    options_.extractDate = kNoon2004;
+    return basExport(data_, dir_.File(name), options_, hooks_);
+  }
+
+  TempDir dir_;
+  classData data_;
+  ExportOptions options_;
+  CopyHooks hooks_;
+  std::atomic<bool> cancel_{false};
+  int32_t first_ = 0, second_ = 0;
+};
+
+TEST_F(CatalogExportTest, XmlOfAUtf8CatalogIsExact) {
+  Open(TextEncoding::kUtf8);
+  FillSmall("A & <B> 'c' \"d\" caf\xC3\xA9 &lt;", "r\xC3\xA9sum\xC3\xA9 \"1\".txt");
+  ASSERT_TRUE(Export(ExportType::kXml).status.ok());
+  const std::string expected = Lines({
+      "<?xml-stylesheet type=\"text/xsl\" href=\"Gorvan.xsl\"?>",
+      "<Gorvan ExtractDate=\"1/14/2004 12:00:00 PM\" Version=\"" + Version() + "\">",
+      "<Cd>",
+      "  <Name>A &amp; &lt;B&gt; &apos;c&apos; &quote;d&quote; caf\xC3\xA9 &amp;lt;</Name>",
+      "  <LastScannedDate>1/14/2004 12:00:00 PM</LastScannedDate>",
+      "  <TotalSize>1.5E+15</TotalSize>",
+      "  <FreeSpace>2048</FreeSpace>",
+      "  <CountOfDirs>1</CountOfDirs>",
+      "  <CountOfFiles>1</CountOfFiles>",
+      "  <MediaType>5</MediaType>",
+      "  <Notes>line one\r\nline two</Notes>",
+      "  <Extra1>first</Extra1>",
+      "  <Extra2></Extra2>",
+      "  <Extra3>third</Extra3>",
+      "  <Extra4></Extra4>",
+      "  <Directory>",
+      "    <Name>Docs</Name>",
+      "    <FullName>\\Docs</FullName>",
+      "    <Date>3/1/2005</Date>",
+      "    <Attr>16</Attr>",
+      "    <Size>1234</Size>",
+      "    <CountOfDirs>0</CountOfDirs>",
+      "    <CountOfFiles>1</CountOfFiles>",
+      "    <CountOfFilesDirect>1</CountOfFilesDirect>",
+      "    <Notes></Notes>",
+      "    <Extra1></Extra1>",
+      "    <Extra2></Extra2>",
+      "    <Extra3></Extra3>",
+      "    <Extra4></Extra4>",
+      "    <File>",
+      "      <Name>r\xC3\xA9sum\xC3\xA9 &quote;1&quote;.txt</Name>",
+      "      <FullName>\\Docs\\r\xC3\xA9sum\xC3\xA9 &quote;1&quote;.txt</FullName>",
+      "      <Date>1/14/2004 12:00:00 PM</Date>",
+      "      <Attr>33</Attr>",
+      "      <Size>1234</Size>",
+      "      <Notes></Notes>",
+      "      <Extra1></Extra1>",
+      "      <Extra2></Extra2>",
+      "      <Extra3></Extra3>",
+      "      <Extra4>fourth</Extra4>",
+      "    </File>",
+      "  </Directory>",
+      "</Cd>",
+      "<Cd>",
+      "  <Name>Empty</Name>",
+      "  <LastScannedDate>3/1/2005</LastScannedDate>",
+      "  <TotalSize>0</TotalSize>",
+      "  <FreeSpace>0</FreeSpace>",
+      "  <CountOfDirs>0</CountOfDirs>",
+      "  <CountOfFiles>0</CountOfFiles>",
+      "  <MediaType>0</MediaType>",
+      "  <Notes></Notes>",
+      "  <Extra1></Extra1>",
+      "  <Extra2></Extra2>",
+      "  <Extra3></Extra3>",
+      "  <Extra4></Extra4>",
+      "</Cd>",
+      "</Gorvan>",
+  });
+  EXPECT_EQ(ReadFileBytes(dir_.File("out")), expected);
+}
+
+TEST_F(CatalogExportTest, XmlOfAWindows1252CatalogWritesCodesAsEntities) {
+  Open(TextEncoding::kWindows1252);
+  // "Café €" and "naïve": é 0xE9, € 0x80, ï 0xEF in the code page.
+  FillSmall("Caf\xC3\xA9 \xE2\x82\xAC", "na\xC3\xAFve.txt");
+  ASSERT_TRUE(Export(ExportType::kXml).status.ok());
+  const std::string xml = ReadFileBytes(dir_.File("out"));
+  EXPECT_NE(xml.find("\r\n<Cd>\r\n  <Name>Caf&#xE9; &#x80;</Name>\r\n"), std::string::npos);
+  EXPECT_NE(xml.find("      <FullName>\\Docs\\na&#xEF;ve.txt</FullName>\r\n"), std::string::npos);
+  for (unsigned char c : xml) ASSERT_LT(c, 128) << "all ASCII";
+}
+
+TEST_F(CatalogExportTest, CsvLinesAreExactAndACommaShiftsTheColumns) {
+  Open(TextEncoding::kUtf8);
+  FillSmall("Holiday, 2004", "a,b.txt");
+  ASSERT_TRUE(Export(ExportType::kDelimited).status.ok());
+  EXPECT_EQ(ReadFileBytes(dir_.File("out")),
+            Lines({"C, Holiday, 2004, 1/14/2004 12:00:00 PM,1.5E+15,2048,1,1,5,line one\r\nline two",
+                   "D, Docs, \\Docs, 3/1/2005,16,1234,0,1,1,",
+                   "F, a,b.txt, \\Docs\\a,b.txt, 1/14/2004 12:00:00 PM,33,1234,",
+                   "C, Empty, 3/1/2005,0,0,0,0,0,"}));
+}
+
+TEST_F(CatalogExportTest, CsvOfAWindows1252CatalogKeepsTheStoredBytes) {
+  Open(TextEncoding::kWindows1252);
+  FillSmall("Caf\xC3\xA9", "x.txt");
+  options_.discIds = {first_};
+  ASSERT_TRUE(Export(ExportType::kDelimited).status.ok());
+  const std::string csv = ReadFileBytes(dir_.File("out"));
+  EXPECT_EQ(csv.substr(0, 10), "C, Caf\xE9, 1");
+}
+
+TEST_F(CatalogExportTest, OptionBoxesEmptyTheirFieldsOrDropTheFiles) {
+  Open(TextEncoding::kUtf8);
+  FillSmall("D", "f.txt");
+  options_.discIds = {first_};
+  options_.fields.dirDate = false;
+  options_.fields.fileSizes = false;
+  ASSERT_TRUE(Export(ExportType::kDelimited).status.ok());
+  std::string csv = ReadFileBytes(dir_.File("out"));
+  EXPECT_NE(csv.find("\r\nD, Docs, \\Docs, ,16,1234,0,1,1,\r\n"), std::string::npos) << csv;
+  EXPECT_NE(csv.find("\r\nF, f.txt, \\Docs\\f.txt, 1/14/2004 12:00:00 PM,33,,\r\n"),
+            std::string::npos)
+      << csv;
+
+  options_.fields = ExportFields{};
+  options_.fields.dirFiles = false;
+  options_.fields.dirNotes = false;
+  ASSERT_TRUE(Export(ExportType::kXml).status.ok());
+  const std::string xml = ReadFileBytes(dir_.File("out"));
+  EXPECT_EQ(xml.find("<File>"), std::string::npos);
+  EXPECT_NE(xml.find("    <Notes></Notes>\r\n"), std::string::npos);
+  EXPECT_NE(xml.find("  </Directory>\r\n</Cd>"), std::string::npos);
+}
+
+TEST_F(CatalogExportTest, DiscsFollowTheListAndUnknownIdsAreRefused) {
+  Open(TextEncoding::kUtf8);
+  FillSmall("First", "f.txt");
+  options_.discIds = {second_, first_};
+  std::vector<std::string> captions;
+  hooks_.setCaption = [&](const std::string& c) { captions.push_back(c); };
+  ASSERT_TRUE(Export(ExportType::kDelimited).status.ok());
+  const std::string csv = ReadFileBytes(dir_.File("out"));
+  EXPECT_EQ(csv.substr(0, 9), "C, Empty,");
+  EXPECT_EQ(captions, (std::vector<std::string>{"Exporting : Empty", "Exporting : First"}));
+
+  options_.discIds = {first_, first_ + 1};  // inside a disc block, not a disc
+  const ExportResult r = Export(ExportType::kXml, "bad");
+  EXPECT_TRUE(r.status.IsInvalidArgument());
+  struct stat st;
+  EXPECT_NE(::stat(dir_.File("bad").c_str(), &st), 0);
+  EXPECT_TRUE(data_.ok()) << "a wrong id never reaches the catalog";
+}
+
+TEST_F(CatalogExportTest, ACancelledExportLeavesNoPartialFile) {
+  Open(TextEncoding::kUtf8);
+  FillSmall("First", "f.txt");
+  ASSERT_TRUE(WriteFileBytes(dir_.File("out"), "earlier export"));
+  cancel_ = true;
+  hooks_.cancel = &cancel_;
+  for (ExportType type : {ExportType::kXml, ExportType::kDelimited}) {
+    const ExportResult r = Export(type);
+    EXPECT_TRUE(r.status.IsCancelled());
+    EXPECT_EQ(ReadFileBytes(dir_.File("out")), "earlier export");
+    EXPECT_EQ(ReadFileBytes(dir_.File("out.part")), "");
+  }
+}
+
+TEST_F(CatalogExportTest, TheStylesheetIsReplacedBesideTheXml) {
+  Open(TextEncoding::kUtf8);
+  FillSmall("First", "f.txt");
+  options_.stylesheet = FindStylesheet();
+  ASSERT_FALSE(options_.stylesheet.empty()) << "share/Gorvan.xsl is found from the build tree";
+  ASSERT_TRUE(WriteFileBytes(dir_.File("Gorvan.xsl"), "stale"));
+  const ExportResult r = Export(ExportType::kXml, "out.xml");
+  ASSERT_TRUE(r.status.ok());
+  EXPECT_EQ(r.stylesheetProblem, "");
+  const std::string xsl = ReadFileBytes(dir_.File("Gorvan.xsl"));
+  EXPECT_EQ(xsl, ReadFileBytes(options_.stylesheet));
+  EXPECT_NE(xsl.find("xsl:stylesheet"), std::string::npos);
+
+  const std::string installed = options_.stylesheet;
+  options_.stylesheet = dir_.File("missing.xsl");
+  EXPECT_NE(Export(ExportType::kXml, "out.xml").stylesheetProblem, "");
+  if (std::system("command -v xmllint >/dev/null 2>&1") != 0) {
+    GTEST_SKIP() << "xmllint is not installed";
+  }
+  // Both the stylesheet and an export without double quotes are well-formed XML.
+  EXPECT_EQ(std::system(("xmllint --noout '" + installed + "' '" +
+                         dir_.File("out.xml") + "'").c_str()),
+            0);
+}
+
+TEST(XmlEscapeTest, EscapesInOrderWithoutDoubleEscaping) {
+  std::string out;
+  AppendXmlEscaped("a&b<c>d'e\"f&amp;", false, &out);
+  EXPECT_EQ(out, "a&amp;b&lt;c&gt;d&apos;e&quote;f&amp;amp;");
+  out.clear();
+  AppendXmlEscaped("\x80\xE9\xFF\x7F", true, &out);
+  EXPECT_EQ(out, "&#x80;&#xE9;&#xFF;\x7F");
+  out.clear();
+  AppendXmlEscaped("\xC3\xA9", false, &out);
+  EXPECT_EQ(out, "\xC3\xA9") << "UTF-8 text is written as it is";
+}
+
+}  // namespace
+}  // namespace gorvan::test
