@@ -15,7 +15,7 @@ ARGS          ?= --help
 PACKAGES := cmake ninja-build pkg-config g++ clang libclang-rt-14-dev \
             libgtest-dev libgmock-dev libbenchmark-dev \
             libcli11-dev nlohmann-json3-dev libpcre2-dev libarchive-dev libblkid-dev \
-            e2fsprogs
+            e2fsprogs unzip zip libarchive-tools
 
 SUDO := $(shell [ "$$(id -u)" = 0 ] || echo sudo)
 

@@ -1,6 +1,7 @@
 #include "catalog/ClassFile.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "catalog/ChainOps.h"
 #include "catalog/ExtraData.h"
@@ -53,6 +54,33 @@ int32_t ClassFile::uRecordAdd() {
   if (running_) *running_ += FileRecord::kSize;
   eof_ = false;
   return id;
+}
+
+int32_t ClassFile::AppendFile(const FileRecord& fields, const FileTexts& texts) {
+  const int32_t id = file_->AppendBlock(FileRecord::kSize);
+  if (id == 0) return 0;
+  rec_ = FileRecord{};
+  rec_.id = id;
+  rec_.dirId = dirId_;
+  rec_.cdId = cdId_;
+  rec_.size = fields.size;
+  rec_.date = fields.date;
+  rec_.attr = fields.attr;
+  int64_t textBytes = 0;
+  const std::pair<TextRef*, std::string_view> order[] = {
+      {&rec_.name, texts.name}, {&rec_.path, texts.path},
+      {&rec_.notes, texts.notes}, {&rec_.extra, texts.extra}};
+  for (const auto& [ref, text] : order) {
+    if (!text.empty() && !file_->WriteText(text, ref, &textBytes)) return 0;
+  }
+  // LinkAtEnd writes the block with its links: the only write of the record.
+  if (!LinkAtEnd(*file_, rec_, &first_, &last_)) return 0;
+  eof_ = false;
+  if (running_) {
+    *running_ += FileRecord::kSize + textBytes;
+    return id;
+  }
+  return file_->AdjustCdBytes(cdId_, textBytes) ? id : 0;
 }
 
 bool ClassFile::MoveFirst() { return WalkFrom(first_); }

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <string_view>
 
 #include "catalog/CatalogFile.h"
 #include "catalog/ChainCursor.h"
@@ -34,6 +35,17 @@ class ClassFile : public ChainCursor<FileRecord> {
   // Cursor operations.
   // Appends a new file block at the end of the file and of the chain; loaded.
   int32_t uRecordAdd();
+  // The texts of a record that AppendFile writes; an empty one stores nothing.
+  struct FileTexts {
+    std::string_view name, path, notes, extra;
+  };
+  // Appends a file block at the end of the file and of the chain, holding the
+  // size, date and attributes of `fields` and `texts` (appended after the
+  // block in the order name, path, notes, extra), and writes the block once
+  // rather than once per setter: the scan's path for millions of files.
+  // On success returns the new id and the record is loaded. On failure
+  // returns 0 and the catalog holds the error.
+  int32_t AppendFile(const FileRecord& fields, const FileTexts& texts);
   bool MoveFirst();
   bool MoveNext();
 
@@ -81,6 +93,9 @@ class ClassFile : public ChainCursor<FileRecord> {
   bool GetZipEof() const;
   void GetZipAppendStart();
   ClassFile& GetZipAppend();
+  // The members' cursor, to append with AppendFile between GetZipAppendStart
+  // and GetZipAppendFinish.
+  ClassFile& GetZipMembers() { return Members(); }
   bool GetZipAppendFinish();
   bool GetZipRemove(int32_t memberId);
 

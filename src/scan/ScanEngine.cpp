@@ -22,6 +22,10 @@ namespace gorvan {
 
 namespace {
 
+// The date a catalog record holds when none is known (an archive member
+// without a time), as for any record just appended.
+constexpr double kUnknownDate = 2.0;
+
 char Lower(char c) { return (c >= 'A' && c <= 'Z') ? static_cast<char>(c - 'A' + 'a') : c; }
 
 void LowerInto(std::string_view in, std::string* out) {
@@ -359,6 +363,8 @@ void ScanEngine::ScanDataDisc() {
   if (!volumeSet_) volume_ = ScanVolume::ForPath(root);
   LowerInto(includeList_, &includeLower_);
   LowerInto(excludeList_, &excludeLower_);
+  includeAll_ = includeLower_.find("*.*;") != std::string::npos;
+  excludeAll_ = excludeLower_.find("*.*;") != std::string::npos;
   if (!BeginDisc()) return;
 
   int32_t mediaType = 0;
@@ -535,7 +541,7 @@ ScanTotals ScanEngine::ScanFiles(classDir& dir, int fd) {
       continue;
     }
     ScanFile(dir, fd, name, st, &t);
-    if (Failed()) break;
+    if (!status_.ok()) break;
     RefreshProgress(name);
   }
   if (got < 0) Warn(native_, std::strerror(-got));
@@ -551,26 +557,41 @@ void ScanEngine::ScanFile(classDir& dir, int fd, std::string_view name, const st
   ++progressState_.files;
   progressState_.bytes += size;
   const std::string& notes = rescan_ ? FindOldFileNotes(name) : oldNotes_;
-  const int include = MatchLowered(name, includeLower_, &extBuffer_);
-  const int exclude = MatchLowered(name, excludeLower_, &extBuffer_);
-  if (!KeepFile(include, exclude) || directoriesOnly_) return;
+  if (directoriesOnly_ || !Kept(name)) return;
 
-  ClassFile& f = dir.GetFileAppend();
-  if (Failed()) return;
-  FileRecord& r = f.record();
+  FileRecord r;
   r.size = size;
   r.date = DateOf(st.st_mtime);
   r.attr = AttributesOf(st, name);
-  if (!notes.empty()) f.SetFileNotes(notes);
-  f.SetFileName(std::string(name));
-  if (!S_ISREG(st.st_mode) || Failed()) return;
-
-  const std::string_view ext = Extension(name);
-  if (scanZip_ && (EqualsIgnoreCase(ext, "zip") || ArchiveLister::IsArchiveName(name))) {
-    ReadZipMembers(EntryPath(fd, name), f);
-  } else if (scanMp3_ && EqualsIgnoreCase(ext, "mp3")) {
-    ReadMp3Tags(EntryPath(fd, name), f);
+  const bool regular = S_ISREG(st.st_mode);
+  const std::string_view ext = regular ? Extension(name) : std::string_view();
+  const bool archive =
+      regular && scanZip_ && (EqualsIgnoreCase(ext, "zip") || ArchiveLister::IsArchiveName(name));
+  std::string_view extra;
+  if (regular && !archive && scanMp3_ && EqualsIgnoreCase(ext, "mp3")) {
+    extra = ReadMp3Tags(EntryPath(fd, name));
   }
+  // One write of the record with all its texts.
+  ClassFile& f = dir.files();
+  if (f.AppendFile(r, {.name = name, .notes = notes, .extra = extra}) == 0) return void(Failed());
+  if (archive) ReadZipMembers(EntryPath(fd, name), f);
+}
+
+bool ScanEngine::Kept(std::string_view name) {
+  // Same results as KeepFile(MatchExtList(include), MatchExtList(exclude)),
+  // with the lists' "*.*;" searched once per scan rather than per file.
+  const int include = includeAll_ ? 1 : MatchExt(name, includeLower_);
+  if (include != 1) return include == 0;
+  return excludeAll_ || MatchExt(name, excludeLower_) != 0;
+}
+
+int ScanEngine::MatchExt(std::string_view name, std::string_view lowerList) {
+  if (lowerList.size() < 3) return 2;  // ";" alone, the usual exclude list
+  const std::string_view ext = Extension(name);
+  extBuffer_.assign("*.");
+  for (const char c : ext) extBuffer_.push_back(Lower(c));
+  extBuffer_.push_back(';');
+  return lowerList.find(extBuffer_) != std::string_view::npos ? 0 : 2;
 }
 
 std::string ScanEngine::EntryPath(int fd, std::string_view name) const {
@@ -625,32 +646,35 @@ const std::string& ScanEngine::FindOldFileNotes(std::string_view name) {
   return oldNotes_;
 }
 
-void ScanEngine::ReadMp3Tags(const std::string& path, ClassFile& file) {
-  if (!id3_.Load(path)) return;
-  std::string list;
-  if (!id3_.Album().empty()) list = SetExtraValue(list, kExtraMp3Album, id3_.Album());
-  if (!id3_.Artist().empty()) list = SetExtraValue(list, kExtraMp3Artist, id3_.Artist());
-  if (!id3_.Title().empty()) list = SetExtraValue(list, kExtraMp3Title, id3_.Title());
-  if (!id3_.Year().empty()) list = SetExtraValue(list, kExtraMp3Year, id3_.Year());
-  if (!id3_.Comment().empty()) list = SetExtraValue(list, kExtraMp3Comment, id3_.Comment());
-  if (!list.empty()) file.SetFileExtra(list);
+std::string_view ScanEngine::ReadMp3Tags(const std::string& path) {
+  mp3Extra_.clear();
+  if (!id3_.Load(path)) return {};
+  if (!id3_.Album().empty()) mp3Extra_ = SetExtraValue(mp3Extra_, kExtraMp3Album, id3_.Album());
+  if (!id3_.Artist().empty()) mp3Extra_ = SetExtraValue(mp3Extra_, kExtraMp3Artist, id3_.Artist());
+  if (!id3_.Title().empty()) mp3Extra_ = SetExtraValue(mp3Extra_, kExtraMp3Title, id3_.Title());
+  if (!id3_.Year().empty()) mp3Extra_ = SetExtraValue(mp3Extra_, kExtraMp3Year, id3_.Year());
+  if (!id3_.Comment().empty()) {
+    mp3Extra_ = SetExtraValue(mp3Extra_, kExtraMp3Comment, id3_.Comment());
+  }
+  return mp3Extra_;
 }
 
 void ScanEngine::ReadZipMembers(const std::string& path, ClassFile& file) {
   file.GetZipAppendStart();
   bool encrypted = false;
+  std::string packed;
   const Status s = ArchiveLister::List(path, [&](const ArchiveMember& m) {
-    ClassFile& member = file.GetZipAppend();
-    if (Failed()) return false;
-    FileRecord& r = member.record();
+    ClassFile& members = file.GetZipMembers();
+    FileRecord r;
     r.size = m.size >= 0 ? static_cast<double>(m.size) : 0.0;
-    if (m.hasTime) r.date = DateOf(m.mtime);
+    r.date = m.hasTime ? DateOf(m.mtime) : kUnknownDate;
     r.attr = static_cast<int32_t>(m.attributes) | (m.encrypted ? kAttrEncrypted : 0);
     encrypted = encrypted || m.encrypted;
-    member.SetFileName(m.name);
-    if (!m.path.empty()) member.setFilePath(m.path);
-    if (m.packedSize >= 0) {
-      member.SetFileExtra(std::string(kPackedSizeKey) + std::to_string(m.packedSize));
+    packed.clear();
+    if (m.packedSize >= 0) packed = std::string(kPackedSizeKey) + std::to_string(m.packedSize);
+    if (members.AppendFile(r, {.name = m.name, .path = m.path, .extra = packed}) == 0) {
+      Failed();
+      return false;
     }
     return !Stop();
   });

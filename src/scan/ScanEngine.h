@@ -190,7 +190,10 @@ class ScanEngine {
                 ScanTotals* t);
   std::string FindOldDirNotes(const std::string& parentPath, std::string_view name);
   const std::string& FindOldFileNotes(std::string_view name);
-  void ReadMp3Tags(const std::string& path, ClassFile& file);
+  // The extra text of the MP3 file's tag ("" without one); valid until the next call.
+  std::string_view ReadMp3Tags(const std::string& path);
+  bool Kept(std::string_view name);
+  int MatchExt(std::string_view name, std::string_view lowerList);
   void ReadZipMembers(const std::string& path, ClassFile& file);
   void RefreshProgress(std::string_view name);
   std::string EntryPath(int fd, std::string_view name) const;
@@ -245,6 +248,9 @@ class ScanEngine {
   std::vector<Pending> pending_;    // subfolders waiting, a stack over all levels
   std::string pendingNames_;
   std::string extBuffer_;
+  bool includeAll_ = false;         // the list holds "*.*;"
+  bool excludeAll_ = false;
+  std::string mp3Extra_;
   clsID3 id3_;
   int64_t dateCacheSecond_ = INT64_MIN;
   double dateCacheValue_ = 0;
