@@ -3,6 +3,8 @@
 #define PCRE2_CODE_UNIT_WIDTH 8
 #include <pcre2.h>
 
+#include <cstring>
+
 namespace gorvan {
 
 namespace {
@@ -18,7 +20,7 @@ constexpr uint32_t kExpressionOptions = PCRE2_DOLLAR_ENDONLY | PCRE2_ALT_BSUX |
 bool IsUtfError(int rc) { return rc <= PCRE2_ERROR_UTF8_ERR1 && rc >= PCRE2_ERROR_UTF8_ERR21; }
 
 pcre2_code* CompileOne(std::string_view pattern, uint32_t options,
-                       pcre2_compile_context* context) {
+                       pcre2_compile_context* context, bool* jit = nullptr) {
   int error = 0;
   PCRE2_SIZE offset = 0;
   // An empty view may carry a null pointer; PCRE2 wants a real one.
@@ -28,7 +30,8 @@ pcre2_code* CompileOne(std::string_view pattern, uint32_t options,
   if (code != nullptr) {
     // Without JIT (unsupported CPU, no executable memory) the interpreter runs
     // the same code, only slower; that is not a failure.
-    pcre2_jit_compile(code, PCRE2_JIT_COMPLETE);
+    const int rc = pcre2_jit_compile(code, PCRE2_JIT_COMPLETE);
+    if (jit != nullptr) *jit = rc == 0;
   }
   return code;
 }
@@ -49,6 +52,7 @@ void Regex::Reset() {
   pcre2_code_free(bytes_);
   utf_ = nullptr;
   bytes_ = nullptr;
+  utfJit_ = false;
 }
 
 bool Regex::EnsureMatchResources() {
@@ -96,7 +100,7 @@ bool Regex::Compile(std::string_view pattern, Options options) {
   if (options.anchored) flags |= PCRE2_ANCHORED;
   if (options.endAnchored) flags |= PCRE2_ENDANCHORED;
 
-  utf_ = CompileOne(pattern, flags | PCRE2_UTF, context);
+  utf_ = CompileOne(pattern, flags | PCRE2_UTF, context, &utfJit_);
   // The byte-mode copy serves subjects that are not valid UTF-8, and every
   // subject when the pattern itself is not. It may fail where the UTF-8 one
   // compiled (a code point above 255); such subjects then simply never match.
@@ -115,8 +119,31 @@ Regex::Result Regex::MatchWith(pcre2_code* code, std::string_view subject, int* 
   return *rc == PCRE2_ERROR_NOMATCH ? Result::kNoMatch : Result::kFailed;
 }
 
+bool Regex::IsAscii(std::string_view text) {
+  const char* p = text.data();
+  const size_t n = text.size();
+  uint64_t any = 0;
+  size_t i = 0;
+  for (; i + 8 <= n; i += 8) {
+    uint64_t word;
+    std::memcpy(&word, p + i, 8);
+    any |= word;
+  }
+  for (; i < n; ++i) any |= static_cast<unsigned char>(p[i]);
+  return (any & 0x8080808080808080ULL) == 0;
+}
+
 Regex::Result Regex::Match(std::string_view subject) {
   int rc = 0;
+  if (utfJit_ && IsAscii(subject)) {
+    // Most names are ASCII: straight into the JIT code, which would otherwise
+    // be reached only after pcre2_match has validated the subject's UTF-8.
+    const char* data = subject.data() != nullptr ? subject.data() : "";
+    rc = pcre2_jit_match(utf_, reinterpret_cast<PCRE2_SPTR>(data), subject.size(), 0, 0,
+                         matchData_, matchContext_);
+    if (rc >= 0) return Result::kMatch;
+    return rc == PCRE2_ERROR_NOMATCH ? Result::kNoMatch : Result::kFailed;
+  }
   if (utf_ != nullptr) {
     // pcre2_match checks the subject's UTF-8 first and says so when it is not.
     Result result = MatchWith(utf_, subject, &rc);

@@ -78,12 +78,17 @@ class Regex {
   // anchoring options, at its start / end). Allocates nothing.
   Result Match(std::string_view subject);
 
+  // True when every byte is below 0x80. Such a text is valid UTF-8 as it
+  // stands, which lets a match skip the engine's own validity check.
+  static bool IsAscii(std::string_view text);
+
  private:
   bool EnsureMatchResources();
   Result MatchWith(pcre2_real_code_8* code, std::string_view subject, int* rc);
 
   pcre2_real_code_8* utf_ = nullptr;    // null when the pattern is unusable as UTF-8
   pcre2_real_code_8* bytes_ = nullptr;  // null when the pattern fails in byte mode
+  bool utfJit_ = false;                 // utf_ has JIT code
   pcre2_real_match_data_8* matchData_ = nullptr;
   pcre2_real_match_context_8* matchContext_ = nullptr;
   pcre2_real_jit_stack_8* jitStack_ = nullptr;

@@ -23,8 +23,19 @@ bool AsciiContainsNoCase(std::string_view field, std::string_view text) {
   if (text.size() > field.size()) {
     return false;
   }
-  for (std::size_t at = 0; at + text.size() <= field.size(); ++at) {
-    if (AsciiBeginsWithNoCase(field.substr(at), text)) {
+  if (text.empty()) {
+    return true;
+  }
+  // The first character is looked for with one compare per byte: a letter
+  // with the case bit set (0x20), anything else as it is.
+  const unsigned char first = AsciiFold(text[0]);
+  const bool letter = first >= 'a' && first <= 'z';
+  const unsigned char bit = letter ? 0x20 : 0;
+  const std::string_view rest = text.substr(1);
+  const std::size_t last = field.size() - text.size();
+  for (std::size_t at = 0; at <= last; ++at) {
+    if ((static_cast<unsigned char>(field[at]) | bit) == first &&
+        std::equal(rest.begin(), rest.end(), field.begin() + at + 1, AsciiEqualNoCase)) {
       return true;
     }
   }
@@ -62,6 +73,7 @@ void SearchCriteria::CompilePlain() {
   plainWhole_.Reset();
   plainStart_.Reset();
   plainAnywhere_.Reset();
+  patternAscii_ = Regex::IsAscii(pattern_);
   if (useRegExp_ || compareMode_ != CompareMode::kText) {
     return;
   }
@@ -120,7 +132,7 @@ bool SearchCriteria::PlainEquals(std::string_view field) {
   if (compareMode_ == CompareMode::kBinary) {
     return field == pattern_;
   }
-  if (plainWhole_.IsCompiled()) {
+  if (plainWhole_.IsCompiled() && !(patternAscii_ && Regex::IsAscii(field))) {
     return Matches(plainWhole_, field);
   }
   return field.size() == pattern_.size() && AsciiBeginsWithNoCase(field, pattern_);
@@ -130,7 +142,7 @@ bool SearchCriteria::PlainBeginsWith(std::string_view field) {
   if (compareMode_ == CompareMode::kBinary) {
     return field.substr(0, pattern_.size()) == pattern_;
   }
-  if (plainStart_.IsCompiled()) {
+  if (plainStart_.IsCompiled() && !(patternAscii_ && Regex::IsAscii(field))) {
     return Matches(plainStart_, field);
   }
   return AsciiBeginsWithNoCase(field, pattern_);
@@ -140,7 +152,7 @@ bool SearchCriteria::PlainContains(std::string_view field) {
   if (compareMode_ == CompareMode::kBinary) {
     return field.find(pattern_) != std::string_view::npos;
   }
-  if (plainAnywhere_.IsCompiled()) {
+  if (plainAnywhere_.IsCompiled() && !(patternAscii_ && Regex::IsAscii(field))) {
     return Matches(plainAnywhere_, field);
   }
   return AsciiContainsNoCase(field, pattern_);

@@ -127,6 +127,10 @@ class SearchCriteria {
   Regex plainWhole_;
   Regex plainStart_;
   Regex plainAnywhere_;
+  // An ASCII text against an ASCII field is compared without the engine: the
+  // Unicode folding of ASCII letters is the ASCII one, and no other ASCII
+  // character folds at all.
+  bool patternAscii_ = false;
 };
 
 }  // namespace gorvan
