@@ -5,10 +5,13 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include <ctime>
 #include <functional>
+#include <map>
 #include <string>
 #include <vector>
 
+#include "scan/ScanTestTree.h"
 #include "support/TempDir.h"
 
 namespace gorvan {
@@ -145,6 +148,57 @@ TEST(ArchiveListerTest, ZipMembersWithPathsSizesAndPackedSizes) {
   ExpectSampleTree(s);
   if (testing::Test::HasFatalFailure()) return;
   for (const ArchiveMember& m : s.members) EXPECT_EQ(m.packedSize, m.size) << m.name;
+}
+
+// Real archives made by zip and tar, listed by zipinfo and bsdtar: the
+// listing must agree member by member.
+TEST(ArchiveListerTest, ListingsAgreeWithZipinfoAndBsdtar) {
+  for (const char* tool : {"zip", "zipinfo", "tar", "bsdtar"}) {
+    if (!test::HaveTool(tool)) GTEST_SKIP() << tool << " is not installed";
+  }
+  TempDir src;
+  const time_t recent = (std::time(nullptr) - 86400) / 2 * 2;  // ZIP times count in 2 s
+  test::MakeDir(src.File("d"));
+  test::MakeDir(src.File("d/sub"));
+  test::MakeDir(src.File("d/empty"));
+  test::MakeFile(src.File("d/a.txt"), std::string(3000, 'a'), recent);
+  test::MakeFile(src.File("d/sub/z.bin"), std::string(5000, 'z'), 946684800);
+  test::MakeFile(src.File("d/sub/two words.txt"), "x", test::kFixedTime);
+  test::MakeFile(src.File("d/locked"), "", recent - 3600);
+  ::chmod(src.File("d/locked").c_str(), 0444);
+  const std::string zip = src.File("t.zip"), tgz = src.File("t.tar.gz");
+  ASSERT_EQ(std::system(("cd '" + src.path() + "' && zip -qr t.zip d && tar czf t.tar.gz d").c_str()), 0);
+
+  struct Case {
+    std::string archive;
+    std::vector<test::ToolMember> expected;
+    std::string (*date)(time_t);
+  };
+  for (const Case& c : {Case{zip, test::ZipinfoMembers(zip), test::ZipinfoDate},
+                        Case{tgz, test::BsdtarMembers(tgz), test::BsdtarDate}}) {
+    SCOPED_TRACE(c.archive);
+    ASSERT_EQ(c.expected.size(), 4u);
+    std::map<std::string, ArchiveMember> listed;
+    const Listing l = ListFile(c.archive);
+    ASSERT_TRUE(l.status.ok()) << l.status.message();
+    for (const ArchiveMember& m : l.members) {
+      std::string path = m.path;
+      for (char& ch : path) ch = ch == '\\' ? '/' : ch;
+      listed[path.empty() ? m.name : path + "/" + m.name] = m;
+    }
+    EXPECT_EQ(listed.size(), l.members.size());  // no member listed twice
+    for (const test::ToolMember& e : c.expected) {
+      SCOPED_TRACE(e.path);
+      ASSERT_EQ(listed.count(e.path), 1u);
+      const ArchiveMember& m = listed[e.path];
+      EXPECT_EQ(m.size, e.size);
+      // zipinfo states the packed size; tar members are compressed as a whole.
+      EXPECT_EQ(m.packedSize, e.packed);
+      ASSERT_TRUE(m.hasTime);
+      EXPECT_EQ(c.date(m.mtime), e.date);
+      EXPECT_EQ((m.attributes & ArchiveMember::kReadOnly) != 0, !e.writable);
+    }
+  }
 }
 
 TEST(ArchiveListerTest, OtherFormats) {

@@ -22,6 +22,10 @@ namespace gorvan {
 namespace {
 
 using test::ExpectedDir;
+using test::HaveTool;
+using test::ToolMember;
+using test::ZipinfoDateOfOle;
+using test::ZipinfoMembers;
 using test::MakeDir;
 using test::MakeFile;
 using test::SetTime;
@@ -630,16 +634,23 @@ TEST(ScanEngineTest, Mp3TagsBecomeExtraLists) {
 }
 
 TEST(ScanEngineTest, ArchiveMembersAreAppendedAndDamageIsAWarning) {
-  if (std::system("command -v zip >/dev/null 2>&1") != 0) GTEST_SKIP() << "zip is not installed";
+  for (const char* tool : {"zip", "zipinfo"}) {
+    if (!HaveTool(tool)) GTEST_SKIP() << tool << " is not installed";
+  }
   TempDir src;
   MakeDir(src.File("docs"));
+  MakeDir(src.File("docs/old"));
+  MakeDir(src.File("docs/empty"));
   MakeFile(src.File("docs/readme.txt"), std::string(4000, 'r'));
+  MakeFile(src.File("docs/old/notes.txt"), "n", 946684800);
   MakeFile(src.File("top.bin"), "0123456789");
   TempDir tree;
-  const std::string cmd = "cd '" + src.path() + "' && zip -qr '" + tree.File("pack.zip") +
-                          "' docs top.bin";
-  ASSERT_EQ(std::system(cmd.c_str()), 0);
-  const std::string zip = test::ReadFileBytes(tree.File("pack.zip"));
+  MakeDir(tree.File("sub"));
+  const std::string pack = tree.File("sub/pack.zip");
+  ASSERT_EQ(std::system(("cd '" + src.path() + "' && zip -qr '" + pack + "' docs top.bin").c_str()), 0);
+  const std::vector<ToolMember> expected = ZipinfoMembers(pack);
+  ASSERT_EQ(expected.size(), 3u);
+  const std::string zip = test::ReadFileBytes(pack);
   // Cut inside the first file member's data.
   const size_t member = zip.find("docs/readme.txt");
   ASSERT_NE(member, std::string::npos);
@@ -654,28 +665,29 @@ TEST(ScanEngineTest, ArchiveMembersAreAppendedAndDamageIsAWarning) {
   EXPECT_EQ(engine->warnings(), 1u);
   ASSERT_EQ(engine->warningTexts().size(), 1u);
   EXPECT_NE(engine->warningTexts()[0].find("broken.zip"), std::string::npos);
-  classCd& cd = cat.data->GetCdGoto(id);
-  bool sawPack = false;
-  for (ClassFile& f = cd.GetDirFirst().GetFileFirst(); !f.isEof(); f.MoveNext()) {
-    if (f.GetFileName() != "pack.zip") continue;
-    sawPack = true;
-    std::map<std::string, std::tuple<std::string, double, int32_t, std::string>> members;
-    for (ClassFile& m = f.GetZipFirst(); !m.isEof(); m.MoveNext()) {
-      members[m.GetFileName()] = {m.GetFilePath(), m.GetFileSize(), m.GetFileDirId(),
-                                  m.GetFileExtra()};
-    }
-    ASSERT_EQ(members.size(), 2u);
-    EXPECT_EQ(std::get<0>(members["readme.txt"]), "docs");
-    EXPECT_EQ(std::get<1>(members["readme.txt"]), 4000);
-    EXPECT_EQ(std::get<2>(members["readme.txt"]), cd.GetDirFirst().GetDirId());
-    // 4000 equal bytes deflate to far less; the packed size is kept in the extra text.
-    const std::string packed = std::get<3>(members["readme.txt"]);
-    ASSERT_EQ(packed.substr(0, 2), "ZP");
-    EXPECT_LT(std::stol(packed.substr(2)), 4000);
-    EXPECT_EQ(std::get<0>(members["top.bin"]), "");
-    EXPECT_EQ(std::get<1>(members["top.bin"]), 10);
+  // The members of sub/pack.zip, keyed by their path inside the archive.
+  classDir& sub = cat.data->GetCdGoto(id).GetDirFirst();
+  ASSERT_TRUE(sub.MoveNext());
+  ASSERT_EQ(sub.GetDirName(), "sub");
+  ClassFile& f = sub.GetFileFirst();
+  ASSERT_FALSE(f.isEof());
+  ASSERT_EQ(f.GetFileName(), "pack.zip");
+  std::map<std::string, std::vector<std::string>> members;
+  for (ClassFile& m = f.GetZipFirst(); !m.isEof(); m.MoveNext()) {
+    std::string path = m.GetFilePath();
+    for (char& ch : path) ch = ch == '\\' ? '/' : ch;
+    EXPECT_EQ(m.GetFileDirId(), sub.GetDirId());
+    members[path.empty() ? m.GetFileName() : path + "/" + m.GetFileName()] = {
+        std::to_string(static_cast<long long>(m.GetFileSize())), m.GetFileExtra(),
+        ZipinfoDateOfOle(m.GetFileDate())};
   }
-  EXPECT_TRUE(sawPack);
+  EXPECT_EQ(members.size(), expected.size());
+  for (const ToolMember& e : expected) {
+    // The packed size is kept in the extra text.
+    const std::vector<std::string> want = {std::to_string(e.size),
+                                           "ZP" + std::to_string(e.packed), e.date};
+    EXPECT_EQ(members[e.path], want) << e.path;
+  }
   ExpectSoundCatalog(*cat.data);
 }
 

@@ -9,7 +9,11 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cmath>
+#include <cstdio>
+#include <ctime>
 #include <memory>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -121,6 +125,97 @@ inline size_t ExpectWalk(const std::string& path, const std::string& parent,
     (*out)[me].bytes += (*out)[child].bytes;
   }
   return me;
+}
+
+// The standard output of a shell command; "" when it fails.
+inline std::string CommandOutput(const std::string& cmd) {
+  std::string out;
+  if (FILE* p = ::popen(cmd.c_str(), "r")) {
+    char buf[4096];
+    for (size_t n; (n = std::fread(buf, 1, sizeof buf, p)) > 0;) out.append(buf, n);
+    if (::pclose(p) != 0) out.clear();
+  }
+  return out;
+}
+
+inline bool HaveTool(const std::string& name) {
+  return std::system(("command -v " + name + " >/dev/null 2>&1").c_str()) == 0;
+}
+
+// One file member as an outside tool lists it: the path inside the archive
+// ('/'-separated), sizes (packed -1 when the tool does not say), the date as
+// the tool prints it and whether any write bit is set.
+struct ToolMember {
+  std::string path;
+  long long size = 0;
+  long long packed = -1;
+  std::string date;
+  bool writable = true;
+};
+
+// `zipinfo -l -T`: perms version os size type packed method yyyymmdd.hhmmss name.
+inline std::vector<ToolMember> ZipinfoMembers(const std::string& archive) {
+  std::vector<ToolMember> out;
+  std::istringstream lines(CommandOutput("zipinfo -l -T '" + archive + "'"));
+  for (std::string line; std::getline(lines, line);) {
+    std::istringstream f(line);
+    std::string perms, version, os, type, method;
+    ToolMember m;
+    if (!(f >> perms >> version >> os >> m.size >> type >> m.packed >> method >> m.date)) continue;
+    if (perms.size() != 10 || perms[0] != '-') continue;  // headers, totals, folders
+    std::getline(f >> std::ws, m.path);
+    m.writable = perms.find('w') != std::string::npos;
+    out.push_back(m);
+  }
+  return out;
+}
+
+// `bsdtar -tv`: perms links owner group size, three date words, name.
+inline std::vector<ToolMember> BsdtarMembers(const std::string& archive) {
+  std::vector<ToolMember> out;
+  std::istringstream lines(CommandOutput("bsdtar -tvf '" + archive + "'"));
+  for (std::string line; std::getline(lines, line);) {
+    std::istringstream f(line);
+    std::string perms, links, owner, group, d1, d2, d3;
+    ToolMember m;
+    if (!(f >> perms >> links >> owner >> group >> m.size >> d1 >> d2 >> d3)) continue;
+    if (perms.empty() || perms[0] != '-') continue;
+    std::getline(f >> std::ws, m.path);
+    m.date = d1 + " " + d2 + " " + d3;
+    m.writable = perms.find('w') != std::string::npos;
+    out.push_back(m);
+  }
+  return out;
+}
+
+// Seconds since 1970 in local time, printed as zipinfo -T and bsdtar -tv do
+// (bsdtar: hours and minutes within half a year of now, else the year).
+inline std::string ZipinfoDate(time_t t) {
+  std::tm tm{};
+  localtime_r(&t, &tm);
+  char buf[32];
+  std::strftime(buf, sizeof buf, "%Y%m%d.%H%M%S", &tm);
+  return buf;
+}
+inline std::string BsdtarDate(time_t t) {
+  std::tm tm{};
+  localtime_r(&t, &tm);
+  const bool recent = std::llabs(static_cast<long long>(std::time(nullptr) - t)) < 365 * 86400 / 2;
+  char buf[32];
+  std::strftime(buf, sizeof buf, recent ? "%b %e %H:%M" : "%b %e %Y", &tm);
+  std::istringstream words(buf);
+  std::string a, b, c;
+  words >> a >> b >> c;
+  return a + " " + b + " " + c;
+}
+// An OLE date (local wall-clock time) printed as zipinfo -T prints dates.
+inline std::string ZipinfoDateOfOle(double ole) {
+  const auto wall = static_cast<time_t>(std::llround((ole - 25569.0) * 86400.0));
+  std::tm tm{};
+  gmtime_r(&wall, &tm);
+  char buf[32];
+  std::strftime(buf, sizeof buf, "%Y%m%d.%H%M%S", &tm);
+  return buf;
 }
 
 // Removes a tree of any depth (paths longer than PATH_MAX too).
