@@ -6,6 +6,8 @@
 #include <cerrno>
 #include <cstring>
 
+#include "catalog/ChainOps.h"
+
 namespace gorvan {
 
 CatalogCopy::CatalogCopy(classData& source, classData& target, const CopyHooks& hooks)
@@ -179,10 +181,21 @@ Status CatalogCopy::CopyDisc(int32_t sourceId) {
   // A walk that ended early on a damaged record must not pass for a copy.
   if (!src_->ok()) return Failure();
   if (!to.GetDirAppendFinish() || !to.UpdateBytesUsed(textBytes)) return Failure();
-  if (!target_.GetCdCommit()) return Failure();
+  if (!Commit(to)) return Failure();
   newDiscs_.push_back(to.GetCdId());
   Step();
   return Status::OK();
+}
+
+bool CatalogCopy::Commit(classCd& disc) {
+  // Into the open catalog a disc is linked the safe way: its records synced
+  // first. A fresh copy is synced as a whole before it takes anyone's place,
+  // so syncing it disc by disc would only make the copy wait for the disk.
+  if (!freshTarget_) return target_.GetCdCommit();
+  HeaderRecord& h = dst_->header();
+  if (!LinkAtEnd(*dst_, disc.record(), &h.firstCd, &h.lastCd)) return false;
+  h.cdCount += 1;
+  return dst_->WriteHeader();
 }
 
 Status CatalogCopy::CopyDiscs() {
@@ -200,6 +213,7 @@ Status CatalogCopy::CopyDiscs() {
 }
 
 Status CatalogCopy::CopyAll() {
+  freshTarget_ = true;
   int64_t range = source_.GetCdCount() + source_.GetCatCount();
   {
     classCd cd(src_);

@@ -49,7 +49,7 @@ class CatalogCopy {
   CatalogCopy(classData& source, classData& target, const CopyHooks& hooks);
 
   // The whole copy into a freshly created, empty target. On success the target
-  // is flushed but not synced. Cancelled when the hook's flag was set (the
+  // is flushed but not synced: the caller syncs it before it replaces anything. Cancelled when the hook's flag was set (the
   // target then holds a partial copy whose last disc is not linked).
   Status CopyAll();
   // Categories and discs of the source appended to the target. On cancel the
@@ -68,6 +68,7 @@ class CatalogCopy {
   Status CopyDisc(int32_t sourceId);
   bool CopyFile(ClassFile& from, ClassFile& to, int64_t* textBytes);
   int32_t TranslateCategory(int32_t oldId) const;
+  bool Commit(classCd& disc);
   Status Failure() const;
   void Step();
   void Undo();
@@ -84,7 +85,7 @@ class CatalogCopy {
   std::vector<int32_t> newDiscs_;
   int64_t progress_ = 0;
   size_t warnings_ = 0;
-  bool cancelled_ = false;
+  bool freshTarget_ = false;
 };
 
 // The catalog copy of the maintenance commands: deletes a file named target,
