@@ -188,34 +188,29 @@ inline std::vector<ToolMember> BsdtarMembers(const std::string& archive) {
   return out;
 }
 
-// Seconds since 1970 in local time, printed as zipinfo -T and bsdtar -tv do
-// (bsdtar: hours and minutes within half a year of now, else the year).
-inline std::string ZipinfoDate(time_t t) {
+// A time printed with strftime: seconds since 1970 in local time, or, with
+// `wall`, a count of seconds that already is the local wall-clock time.
+inline std::string TimeText(time_t t, const char* format, bool wall = false) {
   std::tm tm{};
-  localtime_r(&t, &tm);
+  wall ? gmtime_r(&t, &tm) : localtime_r(&t, &tm);
   char buf[32];
-  std::strftime(buf, sizeof buf, "%Y%m%d.%H%M%S", &tm);
+  std::strftime(buf, sizeof buf, format, &tm);
   return buf;
 }
+// Dates as zipinfo -T and bsdtar -tv print them (bsdtar: the time of day
+// within half a year of now, else the year; words joined by one blank).
+inline std::string ZipinfoDate(time_t t) { return TimeText(t, "%Y%m%d.%H%M%S"); }
 inline std::string BsdtarDate(time_t t) {
-  std::tm tm{};
-  localtime_r(&t, &tm);
   const bool recent = std::llabs(static_cast<long long>(std::time(nullptr) - t)) < 365 * 86400 / 2;
-  char buf[32];
-  std::strftime(buf, sizeof buf, recent ? "%b %e %H:%M" : "%b %e %Y", &tm);
-  std::istringstream words(buf);
+  std::istringstream words(TimeText(t, recent ? "%b %e %H:%M" : "%b %e %Y"));
   std::string a, b, c;
   words >> a >> b >> c;
   return a + " " + b + " " + c;
 }
-// An OLE date (local wall-clock time) printed as zipinfo -T prints dates.
+// A catalog date (days since 30 December 1899, local time) as zipinfo -T prints dates.
 inline std::string ZipinfoDateOfOle(double ole) {
-  const auto wall = static_cast<time_t>(std::llround((ole - 25569.0) * 86400.0));
-  std::tm tm{};
-  gmtime_r(&wall, &tm);
-  char buf[32];
-  std::strftime(buf, sizeof buf, "%Y%m%d.%H%M%S", &tm);
-  return buf;
+  return TimeText(static_cast<time_t>(std::llround((ole - 25569.0) * 86400.0)), "%Y%m%d.%H%M%S",
+                  true);
 }
 
 // Removes a tree of any depth (paths longer than PATH_MAX too).
