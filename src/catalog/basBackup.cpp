@@ -168,6 +168,10 @@ MaintenanceResult CompactDataFiles(classData& data, const CopyHooks& hooks) {
     if (s.IsCancelled()) return {s, kCompactCancelled};
     return Failed("Data Compaction", s);
   }
+  // The compacted catalog keeps the old one's permissions (a private catalog
+  // stays private).
+  struct stat st;
+  if (::stat(catalog.c_str(), &st) == 0) ::chmod(temp.c_str(), st.st_mode & 07777);
   s = ReplaceWithCopy(catalog, temp, BackupFileName(catalog));
   if (!s.ok()) {
     ::unlink(temp.c_str());

@@ -181,6 +181,7 @@ TEST_F(MaintenanceTest, CompactionKeepsContentReplacesTheBakAndReopens) {
   Fill();
   const std::string before = LiveContent(data_);
   const std::string original = ReadFileBytes(Path());
+  ASSERT_EQ(::chmod(Path().c_str(), 0600), 0);
   MaintenanceResult r = CompactDataFiles(data_, hooks_);
   ASSERT_TRUE(r.status.ok()) << r.message;
   EXPECT_EQ(r.message, "Data Compaction Successful");
@@ -190,6 +191,9 @@ TEST_F(MaintenanceTest, CompactionKeepsContentReplacesTheBakAndReopens) {
   EXPECT_LT(ReadFileBytes(Path()).size(), original.size());
   EXPECT_EQ(ReadFileBytes(Path("test.bak")), original) << "the old catalog becomes test.bak";
   EXPECT_FALSE(Exists(Path(kTempCatalogName)));
+  struct stat st;
+  ASSERT_EQ(::stat(Path().c_str(), &st), 0);
+  EXPECT_EQ(st.st_mode & 0777, 0600u) << "the compacted catalog keeps its permissions";
 
   // The reopened catalog takes edits, and a second compaction replaces the bak.
   AddDisc("Later", 1, 1);
