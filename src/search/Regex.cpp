@@ -1,9 +1,10 @@
 #include "search/Regex.h"
 
+#include <algorithm>
+#include <cstring>
+
 #define PCRE2_CODE_UNIT_WIDTH 8
 #include <pcre2.h>
-
-#include <cstring>
 
 namespace gorvan {
 
@@ -100,6 +101,7 @@ bool Regex::Compile(std::string_view pattern, Options options) {
   if (options.anchored) flags |= PCRE2_ANCHORED;
   if (options.endAnchored) flags |= PCRE2_ENDANCHORED;
 
+  NoteLiteral(pattern, options);
   utf_ = CompileOne(pattern, flags | PCRE2_UTF, context, &utfJit_);
   // The byte-mode copy serves subjects that are not valid UTF-8, and every
   // subject when the pattern itself is not. It may fail where the UTF-8 one
@@ -107,6 +109,45 @@ bool Regex::Compile(std::string_view pattern, Options options) {
   bytes_ = CompileOne(pattern, flags, context);
   pcre2_compile_context_free(context);
   return IsCompiled();
+}
+
+void Regex::NoteLiteral(std::string_view pattern, const Options& options) {
+  literal_.assign(pattern);
+  literalCaseless_ = options.caseless;
+  const bool ascii = IsAscii(pattern);
+  literalFast_ = !options.anchored && !options.endAnchored && ascii &&
+                 (options.literal || pattern.find_first_of("\\^$.[]|()?*+{}") == std::string_view::npos);
+  // Only k and s have case partners outside ASCII (the Kelvin sign, the long s).
+  literalFoldExact_ = !options.caseless || pattern.find_first_of("kKsS") == std::string_view::npos;
+}
+
+bool Regex::ContainsAsciiNoCase(std::string_view field, std::string_view text) {
+  if (text.size() > field.size()) return false;
+  if (text.empty()) return true;
+  // Candidates for the first character are found with memchr (vectorised in
+  // the C library), once per case of a letter; only they are compared in full.
+  const auto fold = [](char c) {
+    const auto u = static_cast<unsigned char>(c);
+    return (u >= 'A' && u <= 'Z') ? static_cast<unsigned char>(u + ('a' - 'A')) : u;
+  };
+  const unsigned char first = fold(text[0]);
+  const int upper = (first >= 'a' && first <= 'z') ? first - ('a' - 'A') : -1;
+  const std::string_view rest = text.substr(1);
+  const char* p = field.data();
+  const char* const end = field.data() + (field.size() - text.size()) + 1;
+  while (p < end) {
+    const auto left = static_cast<size_t>(end - p);
+    const char* lo = static_cast<const char*>(std::memchr(p, first, left));
+    const char* up = upper < 0 ? nullptr : static_cast<const char*>(std::memchr(p, upper, left));
+    const char* at = lo == nullptr ? up : (up == nullptr || lo < up ? lo : up);
+    if (at == nullptr) return false;
+    if (std::equal(rest.begin(), rest.end(), at + 1,
+                   [&](char a, char b) { return fold(a) == fold(b); })) {
+      return true;
+    }
+    p = at + 1;
+  }
+  return false;
 }
 
 Regex::Result Regex::MatchWith(pcre2_code* code, std::string_view subject, int* rc) {
@@ -135,6 +176,12 @@ bool Regex::IsAscii(std::string_view text) {
 
 Regex::Result Regex::Match(std::string_view subject) {
   int rc = 0;
+  if (literalFast_ && IsCompiled() && (literalFoldExact_ || IsAscii(subject))) {
+    const bool found = literalCaseless_
+                           ? ContainsAsciiNoCase(subject, literal_)
+                           : subject.find(literal_) != std::string_view::npos;
+    return found ? Result::kMatch : Result::kNoMatch;
+  }
   if (utfJit_ && IsAscii(subject)) {
     // Most names are ASCII: straight into the JIT code, which would otherwise
     // be reached only after pcre2_match has validated the subject's UTF-8.

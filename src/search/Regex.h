@@ -25,6 +25,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <string>
 #include <string_view>
 
 struct pcre2_real_code_8;
@@ -81,14 +82,24 @@ class Regex {
   // True when every byte is below 0x80. Such a text is valid UTF-8 as it
   // stands, which lets a match skip the engine's own validity check.
   static bool IsAscii(std::string_view text);
+  // True when text holds field's characters somewhere, comparing ASCII letters
+  // without regard to case and every other byte exactly.
+  static bool ContainsAsciiNoCase(std::string_view field, std::string_view text);
 
  private:
   bool EnsureMatchResources();
+  // An unanchored expression without metacharacters is a plain text: it is
+  // found by a byte search where that gives the engine's answer exactly.
+  void NoteLiteral(std::string_view pattern, const Options& options);
   Result MatchWith(pcre2_real_code_8* code, std::string_view subject, int* rc);
 
   pcre2_real_code_8* utf_ = nullptr;    // null when the pattern is unusable as UTF-8
   pcre2_real_code_8* bytes_ = nullptr;  // null when the pattern fails in byte mode
   bool utfJit_ = false;                 // utf_ has JIT code
+  std::string literal_;                 // the text of a plain-text expression
+  bool literalFast_ = false;            // literal_ may be searched for bytewise
+  bool literalCaseless_ = false;
+  bool literalFoldExact_ = false;       // ASCII folding is exact for literal_
   pcre2_real_match_data_8* matchData_ = nullptr;
   pcre2_real_match_context_8* matchContext_ = nullptr;
   pcre2_real_jit_stack_8* jitStack_ = nullptr;

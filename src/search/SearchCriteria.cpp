@@ -19,29 +19,6 @@ bool AsciiBeginsWithNoCase(std::string_view field, std::string_view text) {
          std::equal(text.begin(), text.end(), field.begin(), AsciiEqualNoCase);
 }
 
-bool AsciiContainsNoCase(std::string_view field, std::string_view text) {
-  if (text.size() > field.size()) {
-    return false;
-  }
-  if (text.empty()) {
-    return true;
-  }
-  // The first character is looked for with one compare per byte: a letter
-  // with the case bit set (0x20), anything else as it is.
-  const unsigned char first = AsciiFold(text[0]);
-  const bool letter = first >= 'a' && first <= 'z';
-  const unsigned char bit = letter ? 0x20 : 0;
-  const std::string_view rest = text.substr(1);
-  const std::size_t last = field.size() - text.size();
-  for (std::size_t at = 0; at <= last; ++at) {
-    if ((static_cast<unsigned char>(field[at]) | bit) == first &&
-        std::equal(rest.begin(), rest.end(), field.begin() + at + 1, AsciiEqualNoCase)) {
-      return true;
-    }
-  }
-  return false;
-}
-
 bool Matches(Regex& regex, std::string_view field) {
   return regex.Match(field) == Regex::Result::kMatch;
 }
@@ -74,6 +51,11 @@ void SearchCriteria::CompilePlain() {
   plainStart_.Reset();
   plainAnywhere_.Reset();
   patternAscii_ = Regex::IsAscii(pattern_);
+  // Only k and s have case partners outside ASCII (the Kelvin sign, the long
+  // s). An ASCII text without them matches under ASCII folding exactly as
+  // under Unicode folding, whatever bytes the field holds.
+  asciiFoldExact_ =
+      patternAscii_ && pattern_.find_first_of("kKsS") == std::string::npos;
   if (useRegExp_ || compareMode_ != CompareMode::kText) {
     return;
   }
@@ -132,7 +114,7 @@ bool SearchCriteria::PlainEquals(std::string_view field) {
   if (compareMode_ == CompareMode::kBinary) {
     return field == pattern_;
   }
-  if (plainWhole_.IsCompiled() && !(patternAscii_ && Regex::IsAscii(field))) {
+  if (plainWhole_.IsCompiled() && !asciiFoldExact_ && !(patternAscii_ && Regex::IsAscii(field))) {
     return Matches(plainWhole_, field);
   }
   return field.size() == pattern_.size() && AsciiBeginsWithNoCase(field, pattern_);
@@ -142,7 +124,7 @@ bool SearchCriteria::PlainBeginsWith(std::string_view field) {
   if (compareMode_ == CompareMode::kBinary) {
     return field.substr(0, pattern_.size()) == pattern_;
   }
-  if (plainStart_.IsCompiled() && !(patternAscii_ && Regex::IsAscii(field))) {
+  if (plainStart_.IsCompiled() && !asciiFoldExact_ && !(patternAscii_ && Regex::IsAscii(field))) {
     return Matches(plainStart_, field);
   }
   return AsciiBeginsWithNoCase(field, pattern_);
@@ -152,10 +134,10 @@ bool SearchCriteria::PlainContains(std::string_view field) {
   if (compareMode_ == CompareMode::kBinary) {
     return field.find(pattern_) != std::string_view::npos;
   }
-  if (plainAnywhere_.IsCompiled() && !(patternAscii_ && Regex::IsAscii(field))) {
+  if (plainAnywhere_.IsCompiled() && !asciiFoldExact_ && !(patternAscii_ && Regex::IsAscii(field))) {
     return Matches(plainAnywhere_, field);
   }
-  return AsciiContainsNoCase(field, pattern_);
+  return Regex::ContainsAsciiNoCase(field, pattern_);
 }
 
 }  // namespace gorvan

@@ -131,6 +131,7 @@ class SearchCriteria {
   // Unicode folding of ASCII letters is the ASCII one, and no other ASCII
   // character folds at all.
   bool patternAscii_ = false;
+  bool asciiFoldExact_ = false;  // ASCII folding is exact for this text
 };
 
 }  // namespace gorvan

@@ -125,3 +125,36 @@ TEST(RegexTest, CompileFailuresAndResetLeaveNothingThatMatches) {
 
 }  // namespace
 }  // namespace gorvan
+
+namespace gorvan {
+namespace {
+
+// Expressions without metacharacters are searched for bytewise; the answers
+// must be the engine's, including the letters with partners outside ASCII.
+TEST(RegexTest, PlainTextExpressionsGiveTheEnginesAnswers) {
+  Regex caseless;
+  ASSERT_TRUE(caseless.Compile("PaRt", {.caseless = true}));
+  EXPECT_EQ(caseless.Match("counterpart.txt"), Regex::Result::kMatch);
+  EXPECT_EQ(caseless.Match("PAR T"), Regex::Result::kNoMatch);
+  EXPECT_EQ(caseless.Match("caf\xC3\xA9 PART"), Regex::Result::kMatch);
+  EXPECT_EQ(caseless.Match("pa\xFFrt"), Regex::Result::kNoMatch);
+
+  Regex kelvin;
+  ASSERT_TRUE(kelvin.Compile("kb", {.caseless = true}));
+  EXPECT_EQ(kelvin.Match("10 \xE2\x84\xAA" "B"), Regex::Result::kMatch) << "Kelvin sign";
+  Regex longS;
+  ASSERT_TRUE(longS.Compile("as", {.caseless = true}));
+  EXPECT_EQ(longS.Match("a\xC5\xBF"), Regex::Result::kMatch) << "long s";
+
+  Regex exact;
+  ASSERT_TRUE(exact.Compile("Part", {}));
+  EXPECT_EQ(exact.Match("part"), Regex::Result::kNoMatch);
+  EXPECT_EQ(exact.Match("a Part"), Regex::Result::kMatch);
+
+  Regex dotted;
+  ASSERT_TRUE(dotted.Compile("a.c", {}));
+  EXPECT_EQ(dotted.Match("abc"), Regex::Result::kMatch) << "a dot is no plain text";
+}
+
+}  // namespace
+}  // namespace gorvan
