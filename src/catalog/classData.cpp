@@ -78,9 +78,10 @@ Status classData::status() const {
 bool classData::Refuse(int error, const std::string& detail) {
   error_ = error;
   errorDetail_ = detail;
+  // detail may live in the file object (its error message): use the copy.
   file_.reset();
   if (error == kDataFileError || error == kCannotOpen) {
-    ReportError("classData.OpenFiles", error, fileName_ + ": " + detail);
+    ReportError("classData.OpenFiles", error, fileName_ + ": " + errorDetail_);
   }
   return false;
 }
