@@ -37,7 +37,10 @@ class ClassFile : public ChainCursor<FileRecord> {
   int32_t uRecordAdd();
   // The texts of a record that AppendFile writes; an empty one stores nothing.
   struct FileTexts {
-    std::string_view name, path, notes, extra;
+    std::string_view name{};
+    std::string_view path{};
+    std::string_view notes{};
+    std::string_view extra{};
   };
   // Appends a file block at the end of the file and of the chain, holding the
   // size, date and attributes of `fields` and `texts` (appended after the

@@ -66,7 +66,10 @@ int ListDiscs(classData& data) {
 
 int ListFolders(CliContext& ctx, classData& data, int32_t discId) {
   classCd cd(data.file());
-  if (!cd.recordGet(discId)) return ctx.Fail("There is no disc " + std::to_string(discId));
+  if (!cd.recordGet(discId)) {
+    data.file()->ClearError();  // a wrong id typed by the user, not a damaged file
+    return ctx.Fail("There is no disc " + std::to_string(discId));
+  }
   for (classDir& dir = cd.GetDirFirst(); !dir.isEof(); cd.GetDirNext()) {
     std::cout << dir.GetDirId() << '\t' << TsvEscape(ShownPath(dir.GetDirFullName())) << '\t'
               << dir.GetDirCountOfFilesDirect() << '\t' << FormatNumber(dir.GetDirSize()) << '\t'
@@ -78,6 +81,7 @@ int ListFolders(CliContext& ctx, classData& data, int32_t discId) {
 int ListFiles(CliContext& ctx, classData& data, int32_t discId, int32_t dirId) {
   classDir dir(data.file());
   if (!dir.recordGet(dirId) || dir.GetDirCdId() != discId) {
+    data.file()->ClearError();  // a wrong id typed by the user, not a damaged file
     return ctx.Fail("There is no folder " + std::to_string(dirId) + " on disc " +
                     std::to_string(discId));
   }
@@ -100,8 +104,8 @@ int List(CliContext& ctx, const std::vector<int32_t>& ids) {
   } else {
     code = ListFiles(ctx, *data, ids[0], ids[1]);
   }
-  const int finish = ctx.Finish();
-  return finish != 0 ? finish : code;
+  if (code != 0) return code;
+  return ctx.Finish();
 }
 
 void Print(const json& j) {

@@ -48,7 +48,9 @@ TEST_F(CompactKillTest, TheCatalogNameAlwaysHoldsTheOldOrTheNewCatalog) {
     // Garbage for the compaction to drop: a replaced text and a removed disc.
     data_.GetCdGoto(id).SetCdNotes("n" + std::to_string(i));
     data_.GetCdGoto(id).SetCdNotes("notes " + std::to_string(i));
-    if (i % 4 == 3) ASSERT_TRUE(data_.GetCdDelete(id));
+    if (i % 4 == 3) {
+      ASSERT_TRUE(data_.GetCdDelete(id));
+    }
   }
   const std::string expected = LiveContent(data_);
   data_.CloseFiles();

@@ -233,7 +233,9 @@ TEST(ArchiveListerTest, EveryFormatListsTheSameTree) {
       EXPECT_EQ(m.packedSize, want) << m.name;
     }
     // 5000 equal bytes deflate to a few dozen.
-    if (c.packed == 1) EXPECT_LT(l.members[1].packedSize, 200);
+    if (c.packed == 1) {
+      EXPECT_LT(l.members[1].packedSize, 200);
+    }
   }
 }
 
