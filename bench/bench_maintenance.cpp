@@ -111,14 +111,24 @@ int main(int argc, char** argv) {
               FileSize(catalog) / 1048576.0,
               std::chrono::duration<double>(Clock::now() - start).count());
 
-  // Warm the page cache for both sides alike.
-  Shell("cat '" + catalog + "' > /dev/null");
-  const Run cp = Shell("cp '" + catalog + "' '" + dir + "/copy.cd' && sync '" + dir + "/copy.cd'");
-  const Run compact = InChild([&] {
-    gorvan::classData data;
-    if (!data.OpenFiles(catalog, false, false)) return 1;
-    return gorvan::CompactDataFiles(data, gorvan::CopyHooks{}).status.ok() ? 0 : 1;
-  });
+  // Both sides start alike: the catalog in the page cache and nothing dirty
+  // (a freshly built catalog's dirty pages would otherwise be written back in
+  // whichever run forces a journal commit first). Best of three runs each.
+  Shell("sync; cat '" + catalog + "' > /dev/null");
+  Run cp{1e9, 0};
+  Run compact{1e9, 0};
+  for (int round = 0; round < 3; ++round) {
+    Shell("sync");
+    const Run c = Shell("cp '" + catalog + "' '" + dir + "/copy.cd' && sync '" + dir + "/copy.cd'");
+    if (c.seconds < cp.seconds) cp = c;
+    Shell("sync");
+    const Run k = InChild([&] {
+      gorvan::classData data;
+      if (!data.OpenFiles(catalog, false, false)) return 1;
+      return gorvan::CompactDataFiles(data, gorvan::CopyHooks{}).status.ok() ? 0 : 1;
+    });
+    if (k.seconds < compact.seconds) compact = k;
+  }
   std::printf("compact: %.2f s, %.1f MiB after, peak %ld MiB | cp+sync of the catalog: %.2f s | "
               "ratio %.2fx (target <= 3x)\n",
               compact.seconds, FileSize(catalog) / 1048576.0, compact.peakMiB, cp.seconds,

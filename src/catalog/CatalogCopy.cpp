@@ -102,14 +102,21 @@ int32_t CatalogCopy::TranslateCategory(int32_t oldId) const {
   return it->second;
 }
 
-bool CatalogCopy::CopyFile(ClassFile& from, ClassFile& to, int64_t* textBytes) {
-  const FileRecord& r = from.record();
-  FileRecord& n = to.record();
-  n.size = r.size;
-  n.date = r.date;
-  n.attr = r.attr;
-  return CopyText(r.path, &n.path, textBytes) && CopyText(r.name, &n.name, textBytes) &&
-         CopyText(r.notes, &n.notes, textBytes) && CopyText(r.extra, &n.extra, textBytes);
+bool CatalogCopy::ReadForCopy(const TextRef& in, std::string* out) {
+  return sameEncoding_ ? src_->ReadRawText(in, out) : src_->ReadText(in, out);
+}
+
+int32_t CatalogCopy::AppendCopy(ClassFile& to, const FileRecord& r) {
+  if (!ReadForCopy(r.name, &name_) || !ReadForCopy(r.path, &path_) ||
+      !ReadForCopy(r.notes, &notes_) || !ReadForCopy(r.extra, &extra_)) {
+    return 0;
+  }
+  // One write of the new record with all its texts.
+  return to.AppendFile(r, {.name = name_,
+                           .path = path_,
+                           .notes = notes_,
+                           .extra = extra_,
+                           .raw = sameEncoding_});
 }
 
 Status CatalogCopy::CopyDisc(int32_t sourceId) {
@@ -158,19 +165,14 @@ Status CatalogCopy::CopyDisc(int32_t sourceId) {
     }
     nd.GetFileAppendStart();
     for (ClassFile& f = dir.GetFileFirst(); !f.isEof(); dir.GetFileNext()) {
-      ClassFile& nf = nd.GetFileAppend();
-      if (nf.GetFileId() == 0 || !CopyFile(f, nf, &textBytes)) return Failure();
+      ClassFile& nf = nd.files();
+      if (AppendCopy(nf, f.record()) == 0) return Failure();
       if (f.IsArchive()) {
         nf.GetZipAppendStart();
         for (ClassFile& m = f.GetZipFirst(); !m.isEof(); f.GetZipNext()) {
-          ClassFile& nm = nf.GetZipAppend();
-          if (nm.GetFileId() == 0 || !CopyFile(m, nm, &textBytes) || !nm.RecordUpdate()) {
-            return Failure();
-          }
+          if (AppendCopy(nf.GetZipMembers(), m.record()) == 0) return Failure();
         }
         if (!nf.GetZipAppendFinish()) return Failure();
-      } else if (!nf.RecordUpdate()) {
-        return Failure();
       }
       if (hooks_.Cancelled()) return Status::Cancelled();
     }

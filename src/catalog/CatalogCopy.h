@@ -66,7 +66,9 @@ class CatalogCopy {
   Status CopyCategories();
   Status CopyDiscs();
   Status CopyDisc(int32_t sourceId);
-  bool CopyFile(ClassFile& from, ClassFile& to, int64_t* textBytes);
+  // Appends a copy of file record r to the chain `to` is appending to; its id, 0 on failure.
+  int32_t AppendCopy(ClassFile& to, const FileRecord& r);
+  bool ReadForCopy(const TextRef& in, std::string* out);
   int32_t TranslateCategory(int32_t oldId) const;
   bool Commit(classCd& disc);
   Status Failure() const;
@@ -80,6 +82,7 @@ class CatalogCopy {
   const CopyHooks& hooks_;
   bool sameEncoding_;
   std::string text_, converted_;
+  std::string name_, path_, notes_, extra_;  // one file's texts, reused
   // Old and new category ids, sorted by old id once the first pass is done.
   std::vector<std::pair<int32_t, int32_t>> catIds_;
   std::vector<int32_t> newDiscs_;

@@ -48,8 +48,9 @@ int32_t ClassFile::uRecordAdd() {
   rec_.dirId = dirId_;
   rec_.cdId = cdId_;
   rec_.date = kNewRecordDate;
-  // The previous link is written now rather than by a later ReCalculateLinks
-  // walk: the result on disk is the same and the walk then rewrites nothing.
+  // The previous link is written now, as the new block is linked, so the
+  // finished chain already holds what a ReCalculateLinks walk would set and
+  // the finish steps need not read the chain back.
   if (!LinkAtEnd(*file_, rec_, &first_, &last_)) return 0;
   if (running_) *running_ += FileRecord::kSize;
   eof_ = false;
@@ -71,7 +72,10 @@ int32_t ClassFile::AppendFile(const FileRecord& fields, const FileTexts& texts) 
       {&rec_.name, texts.name}, {&rec_.path, texts.path},
       {&rec_.notes, texts.notes}, {&rec_.extra, texts.extra}};
   for (const auto& [ref, text] : order) {
-    if (!text.empty() && !file_->WriteText(text, ref, &textBytes)) return 0;
+    if (text.empty()) continue;
+    const bool written = texts.raw ? file_->WriteRawText(text, ref, &textBytes)
+                                   : file_->WriteText(text, ref, &textBytes);
+    if (!written) return 0;
   }
   // LinkAtEnd writes the block with its links: the only write of the record.
   if (!LinkAtEnd(*file_, rec_, &first_, &last_)) return 0;
@@ -154,7 +158,6 @@ ClassFile& ClassFile::GetZipAppend() {
 
 bool ClassFile::GetZipAppendFinish() {
   ClassFile& m = Members();
-  if (!m.ReCalculateLinks()) return false;
   rec_.firstZip = m.first_;
   rec_.lastZip = m.last_;
   return RecordUpdate();

@@ -41,6 +41,9 @@ class ClassFile : public ChainCursor<FileRecord> {
     std::string_view path{};
     std::string_view notes{};
     std::string_view extra{};
+    // The texts are stored bytes in this catalog's encoding already (a copy
+    // between catalogs of one encoding), not UTF-8 to be encoded.
+    bool raw = false;
   };
   // Appends a file block at the end of the file and of the chain, holding the
   // size, date and attributes of `fields` and `texts` (appended after the
@@ -85,7 +88,8 @@ class ClassFile : public ChainCursor<FileRecord> {
   // Takes the loaded file out of its chain (with its members); its bytes leave
   // the disc's bytes used and stay in the file as garbage.
   bool DeleteFile();
-  // Sets every previous link of the chain from its first member.
+  // Sets every previous link of the chain from its first member: a repair.
+  // Chains built by appending have theirs set already.
   bool ReCalculateLinks();
 
   // Archive members of the loaded file.

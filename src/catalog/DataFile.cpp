@@ -72,7 +72,7 @@ const uint8_t* DataFile::PeekSlow(int64_t pos, size_t n) {
   const int64_t end = offset + static_cast<int64_t>(n);
   if (pos < 1 || end > Length()) return nullptr;
   if (offset >= flushed_) {
-    return reinterpret_cast<const uint8_t*>(tail_.data() + (offset - flushed_));
+    return reinterpret_cast<const uint8_t*>(tail_.get() + (offset - flushed_));
   }
   if (end > flushed_ || n >= kWindowSize / 2) return nullptr;
   if (offset < windowStart_ || end > windowStart_ + static_cast<int64_t>(windowLen_)) {
@@ -106,12 +106,21 @@ Status DataFile::Read(int64_t pos, void* dst, size_t n) {
   }
   if (done < n) {
     const auto at = static_cast<size_t>(offset + static_cast<int64_t>(done) - flushed_);
-    std::memcpy(out + done, tail_.data() + at, n - done);
+    std::memcpy(out + done, tail_.get() + at, n - done);
   }
   return Status::OK();
 }
 
-Status DataFile::Write(int64_t pos, const void* src, size_t n) {
+void DataFile::ReserveTail(size_t size) {
+  if (size <= tailCap_) return;
+  const size_t cap = std::max({size, tailCap_ * 2, kFlushThreshold + (64u << 10)});
+  auto grown = std::make_unique<char[]>(cap);
+  if (tailLen_ > 0) std::memcpy(grown.get(), tail_.get(), tailLen_);
+  tail_ = std::move(grown);
+  tailCap_ = cap;
+}
+
+Status DataFile::WriteSlow(int64_t pos, const void* src, size_t n) {
   if (!error_.ok()) return error_;
   const int64_t offset = pos - 1;
   if (pos < 1 || offset > Length()) {
@@ -130,40 +139,44 @@ Status DataFile::Write(int64_t pos, const void* src, size_t n) {
   }
   if (done < n) {
     const auto at = static_cast<size_t>(offset + static_cast<int64_t>(done) - flushed_);
-    if (at + (n - done) > tail_.size()) tail_.resize(at + (n - done));
-    std::memcpy(tail_.data() + at, in + done, n - done);
-    if (tail_.size() >= kFlushThreshold) return Flush();
+    if (at + (n - done) > tailLen_) {
+      ReserveTail(at + (n - done));
+      tailLen_ = at + (n - done);
+    }
+    std::memcpy(tail_.get() + at, in + done, n - done);
+    if (tailLen_ >= kFlushThreshold) return Flush();
   }
   return Status::OK();
 }
 
-Status DataFile::Append(const void* src, size_t n, int64_t* pos) {
+Status DataFile::AppendSlow(const void* src, size_t n, int64_t* pos) {
   if (!error_.ok()) return error_;
   if (Length() + static_cast<int64_t>(n) > INT32_MAX) {
     return Status::IOError("the catalog cannot grow past 2 GiB");
   }
   *pos = Length() + 1;
-  const auto* in = static_cast<const char*>(src);
-  tail_.insert(tail_.end(), in, in + n);
-  if (tail_.size() >= kFlushThreshold) return Flush();
+  ReserveTail(tailLen_ + n);
+  if (n > 0) std::memcpy(tail_.get() + tailLen_, src, n);
+  tailLen_ += n;
+  if (tailLen_ >= kFlushThreshold) return Flush();
   return Status::OK();
 }
 
 Status DataFile::Flush() {
   if (!error_.ok()) return error_;
-  if (tail_.empty()) return Status::OK();
-  Status s = io_->WriteAt(static_cast<uint64_t>(flushed_), tail_.data(), tail_.size());
+  if (tailLen_ == 0) return Status::OK();
+  Status s = io_->WriteAt(static_cast<uint64_t>(flushed_), tail_.get(), tailLen_);
   if (!s.ok()) {
     // Keep the file as it was before this flush: a partly written tail would
     // only be garbage, and a full disk needs every byte back.
     (void)io_->Truncate(static_cast<uint64_t>(flushed_));
-    tail_.clear();
-    tail_.shrink_to_fit();
+    tail_.reset();
+    tailLen_ = tailCap_ = 0;
     error_ = s;
     return s;
   }
-  flushed_ += static_cast<int64_t>(tail_.size());
-  tail_.clear();
+  flushed_ += static_cast<int64_t>(tailLen_);
+  tailLen_ = 0;
   return Status::OK();
 }
 

@@ -16,6 +16,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <memory>
 #include <string>
 #include <vector>
@@ -41,7 +42,7 @@ class DataFile {
   static Status Wrap(std::unique_ptr<FileIO> io, std::unique_ptr<DataFile>* out);
 
   // Logical length: what is on disk plus what is buffered.
-  int64_t Length() const { return flushed_ + static_cast<int64_t>(tail_.size()); }
+  int64_t Length() const { return flushed_ + static_cast<int64_t>(tailLen_); }
 
   // Reads n bytes at 1-based position pos. Fails with Corruption when any of
   // them lies outside the file.
@@ -60,9 +61,27 @@ class DataFile {
     return PeekSlow(pos, n);
   }
   // Writes n bytes at 1-based pos; pos may be at most Length() + 1.
-  Status Write(int64_t pos, const void* src, size_t n);
+  Status Write(int64_t pos, const void* src, size_t n) {
+    // The common case, inline: a rewrite of a block still in the buffer.
+    const int64_t at = pos - 1 - flushed_;
+    if (at >= 0 && static_cast<size_t>(at) + n <= tailLen_ && error_.ok()) {
+      std::memcpy(tail_.get() + at, src, n);
+      return Status();
+    }
+    return WriteSlow(pos, src, n);
+  }
   // Appends n bytes at the end; *pos receives their 1-based position.
-  Status Append(const void* src, size_t n, int64_t* pos);
+  Status Append(const void* src, size_t n, int64_t* pos) {
+    // The common case, inline: room in the buffer and no flush due.
+    if (tailLen_ + n <= tailCap_ && tailLen_ + n < kFlushThreshold && error_.ok() &&
+        Length() + static_cast<int64_t>(n) <= INT32_MAX) {
+      *pos = Length() + 1;
+      std::memcpy(tail_.get() + tailLen_, src, n);
+      tailLen_ += n;
+      return Status();
+    }
+    return AppendSlow(src, n, pos);
+  }
   // Writes the buffer to the file.
   Status Flush();
   // Flush, then fsync.
@@ -75,11 +94,17 @@ class DataFile {
   Status ReadDisk(int64_t offset, char* dst, size_t n);
   Status FillWindow(int64_t offset);
   const uint8_t* PeekSlow(int64_t pos, size_t n);
+  Status WriteSlow(int64_t pos, const void* src, size_t n);
+  Status AppendSlow(const void* src, size_t n, int64_t* pos);
+  // Makes room for size bytes in the buffer, keeping what it holds.
+  void ReserveTail(size_t size);
   void PatchWindow(int64_t offset, const char* src, size_t n);
 
   std::unique_ptr<FileIO> io_;
   int64_t flushed_ = 0;        // bytes on disk
-  std::vector<char> tail_;     // bytes from flushed_ on, not yet written
+  std::unique_ptr<char[]> tail_;  // bytes from flushed_ on, not yet written
+  size_t tailLen_ = 0;
+  size_t tailCap_ = 0;
   std::vector<char> window_;   // read-ahead copy of [windowStart_, +windowLen_)
   int64_t windowStart_ = 0;
   size_t windowLen_ = 0;

@@ -89,7 +89,6 @@ classDir& classCd::GetDirAppend() {
 }
 
 bool classCd::GetDirAppendFinish() {
-  if (appending_ && !dirs_.ReCalculateLinks()) return false;
   if (appending_) {
     rec_.firstDir = dirs_.getDirRecFirst();
     rec_.lastDir = dirs_.getDirRecLast();

@@ -86,8 +86,8 @@ class classCd : public ChainCursor<CdRecord> {
   bool GetDirEof() const { return dirs_.isEof(); }
   // Appends a folder to the disc being built (the first call starts the chain).
   classDir& GetDirAppend();
-  // Finishes the folder chain: previous links, first and last folder, and the
-  // bytes of everything appended join the disc's bytes used.
+  // Finishes the folder chain: its first and last folder, and the bytes of
+  // everything appended join the disc's bytes used.
   bool GetDirAppendFinish();
   bool GetDirRemove(int32_t dirId);
   classDir& dirs() { return dirs_; }

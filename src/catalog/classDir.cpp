@@ -27,8 +27,8 @@ int32_t classDir::recordAdd() {
   rec_.id = id;
   rec_.cdId = cdId_;
   rec_.date = 2.0;
-  // As for files, the previous link is set while appending; ReCalculateLinks
-  // then finds nothing to change.
+  // As for files, the previous link is set while appending, so the finished
+  // chain needs no ReCalculateLinks walk.
   if (!LinkAtEnd(*file_, rec_, &first_, &last_)) return 0;
   if (running_) *running_ += DirRecord::kSize;
   eof_ = false;
@@ -97,7 +97,6 @@ ClassFile& classDir::GetFileAppend() {
 }
 
 bool classDir::GetFileAppendFinish() {
-  if (!files_.ReCalculateLinks()) return false;
   rec_.firstFile = files_.uGetFileRecFirst();
   rec_.lastFile = files_.uGetFileRecLast();
   return RecordUpdate();

@@ -68,7 +68,8 @@ class classDir : public ChainCursor<DirRecord> {
   // Takes the loaded folder out of the disc's chain with its files; their bytes
   // leave the disc's bytes used and stay in the file as garbage.
   bool DeleteDirectory();
-  // Sets every previous link of the chain from its first member.
+  // Sets every previous link of the chain from its first member: a repair.
+  // Chains built by appending have theirs set already.
   bool ReCalculateLinks();
 
   // The files of the loaded folder.
