@@ -117,6 +117,13 @@ bool CatalogFile::ReadRawText(const TextRef& ref, std::string* out) {
   return true;
 }
 
+bool CatalogFile::PeekRawTextSlow(const TextRef& ref, std::string_view* out) {
+  // Empty, across the read window's end, or damaged: the copying path decides.
+  const bool ok = ReadRawText(ref, &peeked_);
+  *out = peeked_;
+  return ok;
+}
+
 bool CatalogFile::ReadText(const TextRef& ref, std::string* out) {
   if (encoding() == TextEncoding::kUtf8) return ReadRawText(ref, out);
   if (!ReadRawText(ref, &scratch_)) {

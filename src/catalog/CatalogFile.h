@@ -65,6 +65,18 @@ class CatalogFile {
   bool ReadText(const TextRef& ref, std::string* out);
   // Text bytes exactly as stored.
   bool ReadRawText(const TextRef& ref, std::string* out);
+  // The stored bytes of a text without a copy: valid only until the next read
+  // or write of this catalog. For walks that test a text and keep few.
+  bool PeekRawText(const TextRef& ref, std::string_view* out) {
+    if (ref.count > 0 && ref.pos >= 1 &&
+        static_cast<int64_t>(ref.pos) - 1 + ref.count <= Length()) {
+      if (const uint8_t* p = data_->Peek(ref.pos, static_cast<size_t>(ref.count))) {
+        *out = std::string_view(reinterpret_cast<const char*>(p), static_cast<size_t>(ref.count));
+        return true;
+      }
+    }
+    return PeekRawTextSlow(ref, out);
+  }
   // The catalog's text-writing rule: the old count leaves *bytesDelta, the new
   // text is appended at the end (never over the old bytes) and its count joins
   // *bytesDelta; the empty text stores position 0 and count 0 and appends
@@ -108,6 +120,7 @@ class CatalogFile {
 
  private:
   bool Check(const Status& s) { return s.ok() ? true : Fail(s); }
+  bool PeekRawTextSlow(const TextRef& ref, std::string_view* out);
   // The block's bytes: in place when the data file has them in memory, else
   // read into buf. Null on failure (recorded).
   const uint8_t* ReadBlock(int32_t id, size_t size, uint8_t* buf, const char* kind) {
@@ -126,6 +139,7 @@ class CatalogFile {
   Status error_;
   size_t warnings_ = 0;
   std::string scratch_;
+  std::string peeked_;  // PeekRawText's copy when the bytes are not in memory
 };
 
 }  // namespace gorvan

@@ -83,17 +83,30 @@ struct CatalogSearch::Walk {
   bool folderPathReady = false;
 
   std::string name, path, notes, rawExtra, extra;
+  // The name under test: a view of the stored bytes when only names are
+  // searched in a UTF-8 catalog (no copy per object), else of `name`. A view
+  // lasts until the next read of the catalog, so a hit keeps it at once.
+  std::string_view nameView;
+  bool peekNames = false;
   SearchResult row;
 
   // The texts the field test needs of a folder, file or archive entry.
   template <typename Record>
   void ReadTexts(const Record& rec) {
+    if (peekNames && file->PeekRawText(rec.name, &nameView)) return;
     file->ReadText(rec.name, &name);
+    nameView = name;
     if (wantNotes) file->ReadText(rec.notes, &notes);
     if (wantExtra) {
       file->ReadText(rec.extra, &rawExtra);
       JoinT1ToT6(rawExtra, &extra);
     }
+  }
+
+  // Makes the name under test a string of its own, before the catalog is read again.
+  void KeepName() {
+    if (nameView.data() != name.data()) name.assign(nameView);
+    nameView = name;
   }
 
   void StartRow(SearchResult::Kind kind, double date) {
@@ -177,6 +190,7 @@ Status CatalogSearch::Run(const SearchOptions& options, const RowSink& onRow) {
   w.wantPath = options.inPathNames;
   w.wantNotes = options.inComments;
   w.wantExtra = options.inExtra;
+  w.peekNames = !w.wantNotes && !w.wantExtra && data_.GetEncoding() == TextEncoding::kUtf8;
 
   classCd cd(data_.file());
   for (const int32_t id : discs) {
@@ -260,7 +274,8 @@ bool CatalogSearch::SearchFolder(Walk& w, classCd& cd, classDir& dir) {
   const DirRecord& rec = dir.record();
   w.folderPathReady = false;
   w.ReadTexts(rec);
-  if (criteria_.FieldsMatch(w.name, std::string_view(), w.notes, w.extra)) {
+  if (criteria_.FieldsMatch(w.nameView, std::string_view(), w.notes, w.extra)) {
+    w.KeepName();
     ++state_.hits;
     if (w.onRow) {
       SearchResult& row = w.row;
@@ -286,7 +301,8 @@ bool CatalogSearch::SearchFile(Walk& w, classCd& cd, classDir& dir, ClassFile& f
                                ClassFile* archive) {
   const FileRecord& rec = f.record();
   w.ReadTexts(rec);
-  if (!criteria_.FieldsMatch(w.name, std::string_view(), w.notes, w.extra)) return true;
+  if (!criteria_.FieldsMatch(w.nameView, std::string_view(), w.notes, w.extra)) return true;
+  w.KeepName();
   ++state_.hits;
   if (!w.onRow) return true;
 

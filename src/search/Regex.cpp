@@ -6,6 +6,10 @@
 #define PCRE2_CODE_UNIT_WIDTH 8
 #include <pcre2.h>
 
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
+
 namespace gorvan {
 
 namespace {
@@ -124,28 +128,37 @@ void Regex::NoteLiteral(std::string_view pattern, const Options& options) {
 bool Regex::ContainsAsciiNoCase(std::string_view field, std::string_view text) {
   if (text.size() > field.size()) return false;
   if (text.empty()) return true;
-  // Candidates for the first character are found with memchr (vectorised in
-  // the C library), once per case of a letter; only they are compared in full.
   const auto fold = [](char c) {
     const auto u = static_cast<unsigned char>(c);
     return (u >= 'A' && u <= 'Z') ? static_cast<unsigned char>(u + ('a' - 'A')) : u;
   };
+  // A letter is looked for with its case bit (0x20) set: only its two cases
+  // give the folded letter then. Anything else is compared as it is.
   const unsigned char first = fold(text[0]);
-  const int upper = (first >= 'a' && first <= 'z') ? first - ('a' - 'A') : -1;
+  const unsigned char caseBit = (first >= 'a' && first <= 'z') ? 0x20 : 0;
   const std::string_view rest = text.substr(1);
-  const char* p = field.data();
-  const char* const end = field.data() + (field.size() - text.size()) + 1;
-  while (p < end) {
-    const auto left = static_cast<size_t>(end - p);
-    const char* lo = static_cast<const char*>(std::memchr(p, first, left));
-    const char* up = upper < 0 ? nullptr : static_cast<const char*>(std::memchr(p, upper, left));
-    const char* at = lo == nullptr ? up : (up == nullptr || lo < up ? lo : up);
-    if (at == nullptr) return false;
-    if (std::equal(rest.begin(), rest.end(), at + 1,
-                   [&](char a, char b) { return fold(a) == fold(b); })) {
-      return true;
+  const char* const data = field.data();
+  const auto restMatches = [&](size_t at) {
+    return std::equal(rest.begin(), rest.end(), data + at + 1,
+                      [&](char a, char b) { return fold(a) == fold(b); });
+  };
+  const size_t starts = field.size() - text.size() + 1;  // candidate positions
+  size_t i = 0;
+#if defined(__SSE2__)
+  // Sixteen candidates at a time.
+  const __m128i want = _mm_set1_epi8(static_cast<char>(first));
+  const __m128i bit = _mm_set1_epi8(static_cast<char>(caseBit));
+  for (; i + 16 <= starts; i += 16) {
+    const __m128i chunk =
+        _mm_or_si128(_mm_loadu_si128(reinterpret_cast<const __m128i*>(data + i)), bit);
+    auto mask = static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi8(chunk, want)));
+    for (; mask != 0; mask &= mask - 1) {
+      if (restMatches(i + static_cast<size_t>(__builtin_ctz(mask)))) return true;
     }
-    p = at + 1;
+  }
+#endif
+  for (; i < starts; ++i) {
+    if ((static_cast<unsigned char>(data[i]) | caseBit) == first && restMatches(i)) return true;
   }
   return false;
 }
