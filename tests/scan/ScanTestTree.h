@@ -1,8 +1,7 @@
 #pragma once
-// Helpers for the scan tests: a fixture tree made with the *at() calls (so
-// that any byte may appear in a name), fixed times, a catalog in a temporary
-// folder, and an independent walk (opendir/readdir/lstat) to check a scan
-// against.
+// Helpers for the scan tests: fixture files with fixed times, ID3v1 blocks, a
+// catalog in a temporary folder, an independent walk (opendir/readdir/lstat)
+// to check a scan against, and listings of archives by outside tools.
 
 #include <dirent.h>
 #include <fcntl.h>
@@ -30,12 +29,10 @@ inline void SetTime(const std::string& path, time_t t) {
   const timespec ts[2] = {{t, 0}, {t, 0}};
   ::utimensat(AT_FDCWD, path.c_str(), ts, AT_SYMLINK_NOFOLLOW);
 }
-
 inline std::string MakeDir(const std::string& path) {
   ::mkdir(path.c_str(), 0755);
   return path;
 }
-
 inline std::string MakeFile(const std::string& path, const std::string& bytes,
                             time_t t = kFixedTime) {
   WriteFileBytes(path, bytes);
@@ -43,16 +40,16 @@ inline std::string MakeFile(const std::string& path, const std::string& bytes,
   return path;
 }
 
-// An ID3v1 block: "TAG", title, artist, album, year, comment, genre.
-inline std::string Id3Tag(const std::string& title, const std::string& artist,
-                          const std::string& album, const std::string& year,
-                          const std::string& comment) {
+// An ID3v1 block: "TAG", title, artist, album, year, comment (NUL padded), genre.
+inline std::string Id3Tag(const std::string& title, const std::string& artist = "",
+                          const std::string& album = "", const std::string& year = "",
+                          const std::string& comment = "", unsigned char genre = 12) {
   auto field = [](std::string s, size_t n) {
     s.resize(n, '\0');
     return s;
   };
   return "TAG" + field(title, 30) + field(artist, 30) + field(album, 30) + field(year, 4) +
-         field(comment, 30) + std::string(1, '\x0c');
+         field(comment, 30) + std::string(1, static_cast<char>(genre));
 }
 
 // A catalog file in its own temporary folder.
@@ -71,25 +68,21 @@ struct TestCatalog {
 // What an independent walk expects of one folder record.
 struct ExpectedFile {
   std::string name;
-  double size;
-  double date;
+  double size, date;
   int32_t attr;
 };
 struct ExpectedDir {
-  std::string parent;
-  std::string name;
+  std::string parent, name;
   double date;
   int32_t attr;
   std::vector<ExpectedFile> files;  // all files found, in file-system order
-  int32_t subtreeFiles = 0;
-  int32_t subtreeDirs = 0;
+  int32_t subtreeFiles = 0, subtreeDirs = 0;
   double bytes = 0;
 };
 
-// Walks `path` with opendir/readdir/lstat the way a scan must see it: files
-// before subfolders, names beginning with "." left out unless `hidden`, links
-// not followed. Appends the folder and its subfolders depth first to *out and
-// returns the index of the folder's entry.
+// Walks `path` the way a scan must see it: files before subfolders, names
+// beginning with "." left out unless `hidden`, links not followed. Appends the
+// folder and its subfolders depth first to *out; returns the folder's index.
 inline size_t ExpectWalk(const std::string& path, const std::string& parent,
                          const std::string& name, bool hidden, std::vector<ExpectedDir>* out) {
   struct stat st;
@@ -101,17 +94,16 @@ inline size_t ExpectWalk(const std::string& path, const std::string& parent,
   if (DIR* d = ::opendir(path.c_str())) {
     while (dirent* e = ::readdir(d)) {
       const std::string n = e->d_name;
-      if (n == "." || n == ".." || (n[0] == '.' && !hidden)) continue;
       struct stat cs;
+      if (n == "." || n == ".." || (n[0] == '.' && !hidden)) continue;
       if (::lstat((path + "/" + n).c_str(), &cs) != 0) continue;
       if (S_ISDIR(cs.st_mode)) {
         subdirs.push_back(n);
-      } else {
-        (*out)[me].files.push_back(ExpectedFile{n, static_cast<double>(cs.st_size),
-                                                OleDateFromTime(cs.st_mtime),
-                                                ScanEngine::AttributesOf(cs, n)});
-        (*out)[me].bytes += static_cast<double>(cs.st_size);
+        continue;
       }
+      (*out)[me].files.push_back({n, static_cast<double>(cs.st_size),
+                                  OleDateFromTime(cs.st_mtime), ScanEngine::AttributesOf(cs, n)});
+      (*out)[me].bytes += static_cast<double>(cs.st_size);
     }
     ::closedir(d);
   }
@@ -127,61 +119,42 @@ inline size_t ExpectWalk(const std::string& path, const std::string& parent,
   return me;
 }
 
-// The standard output of a shell command; "" when it fails.
-inline std::string CommandOutput(const std::string& cmd) {
-  std::string out;
-  if (FILE* p = ::popen(cmd.c_str(), "r")) {
-    char buf[4096];
-    for (size_t n; (n = std::fread(buf, 1, sizeof buf, p)) > 0;) out.append(buf, n);
-    if (::pclose(p) != 0) out.clear();
-  }
-  return out;
-}
-
 inline bool HaveTool(const std::string& name) {
   return std::system(("command -v " + name + " >/dev/null 2>&1").c_str()) == 0;
 }
 
-// One file member as an outside tool lists it: the path inside the archive
-// ('/'-separated), sizes (packed -1 when the tool does not say), the date as
-// the tool prints it and whether any write bit is set.
+// One file member as an outside tool lists it: its '/'-separated path, sizes
+// (packed -1 when the tool does not say), the date as the tool prints it and
+// whether any write bit is set.
 struct ToolMember {
   std::string path;
-  long long size = 0;
-  long long packed = -1;
+  long long size = 0, packed = -1;
   std::string date;
   bool writable = true;
 };
 
-// `zipinfo -l -T`: perms version os size type packed method yyyymmdd.hhmmss name.
-inline std::vector<ToolMember> ZipinfoMembers(const std::string& archive) {
-  std::vector<ToolMember> out;
-  std::istringstream lines(CommandOutput("zipinfo -l -T '" + archive + "'"));
-  for (std::string line; std::getline(lines, line);) {
-    std::istringstream f(line);
-    std::string perms, version, os, type, method;
-    ToolMember m;
-    if (!(f >> perms >> version >> os >> m.size >> type >> m.packed >> method >> m.date)) continue;
-    if (perms.size() != 10 || perms[0] != '-') continue;  // headers, totals, folders
-    std::getline(f >> std::ws, m.path);
-    m.writable = perms.find('w') != std::string::npos;
-    out.push_back(m);
+// The file members listed by `zipinfo -l -T` (perms version os size type
+// packed method yyyymmdd.hhmmss name) or `bsdtar -tv` (perms links owner
+// group size, three date words, name).
+inline std::vector<ToolMember> ToolMembers(const std::string& archive, bool zipinfo) {
+  std::string text;
+  const std::string cmd = (zipinfo ? "zipinfo -l -T '" : "bsdtar -tvf '") + archive + "'";
+  if (FILE* p = ::popen(cmd.c_str(), "r")) {
+    char buf[4096];
+    for (size_t n; (n = std::fread(buf, 1, sizeof buf, p)) > 0;) text.append(buf, n);
+    ::pclose(p);
   }
-  return out;
-}
-
-// `bsdtar -tv`: perms links owner group size, three date words, name.
-inline std::vector<ToolMember> BsdtarMembers(const std::string& archive) {
   std::vector<ToolMember> out;
-  std::istringstream lines(CommandOutput("bsdtar -tvf '" + archive + "'"));
+  std::istringstream lines(text);
   for (std::string line; std::getline(lines, line);) {
     std::istringstream f(line);
-    std::string perms, links, owner, group, d1, d2, d3;
+    std::string perms, a, b, c, d1, d2, d3;
     ToolMember m;
-    if (!(f >> perms >> links >> owner >> group >> m.size >> d1 >> d2 >> d3)) continue;
-    if (perms.empty() || perms[0] != '-') continue;
+    const bool ok = zipinfo ? !!(f >> perms >> a >> b >> m.size >> c >> m.packed >> d1 >> m.date)
+                            : !!(f >> perms >> a >> b >> c >> m.size >> d1 >> d2 >> d3);
+    if (!ok || perms.size() != 10 || perms[0] != '-') continue;  // headers, totals, folders
+    if (!zipinfo) m.date = d1 + " " + d2 + " " + d3;
     std::getline(f >> std::ws, m.path);
-    m.date = d1 + " " + d2 + " " + d3;
     m.writable = perms.find('w') != std::string::npos;
     out.push_back(m);
   }
@@ -211,27 +184,6 @@ inline std::string BsdtarDate(time_t t) {
 inline std::string ZipinfoDateOfOle(double ole) {
   return TimeText(static_cast<time_t>(std::llround((ole - 25569.0) * 86400.0)), "%Y%m%d.%H%M%S",
                   true);
-}
-
-// Removes a tree of any depth (paths longer than PATH_MAX too).
-inline void RemoveTree(int parentFd, const char* name) {
-  const int fd = ::openat(parentFd, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW);
-  if (fd >= 0) {
-    if (DIR* d = ::fdopendir(fd)) {
-      std::vector<std::string> names;
-      while (dirent* e = ::readdir(d)) {
-        const std::string n = e->d_name;
-        if (n != "." && n != "..") names.push_back(n);
-      }
-      for (const std::string& n : names) {
-        if (::unlinkat(fd, n.c_str(), 0) != 0) RemoveTree(fd, n.c_str());
-      }
-      ::closedir(d);
-    } else {
-      ::close(fd);
-    }
-  }
-  ::unlinkat(parentFd, name, AT_REMOVEDIR);
 }
 
 }  // namespace gorvan::test

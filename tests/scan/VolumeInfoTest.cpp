@@ -7,6 +7,8 @@
 
 #include <cstdlib>
 #include <string>
+#include <tuple>
+#include <vector>
 
 #include "support/TempDir.h"
 
@@ -15,7 +17,7 @@ namespace {
 
 using test::TempDir;
 
-TEST(MountInfoTest, ParsesFieldsAndDecodesEscapes) {
+TEST(MountInfoTest, ParsesFieldsDecodesEscapesAndFindsTheMount) {
   const std::string text =
       "22 1 8:1 / / rw,relatime shared:1 - ext4 /dev/sda1 rw\n"
       "36 22 8:17 /sub /media/my\\040stick rw master:2 shared:3 - vfat /dev/sdb1 rw\n"
@@ -24,105 +26,88 @@ TEST(MountInfoTest, ParsesFieldsAndDecodesEscapes) {
       "garbage line\n"
       "42 22 x:1 / /bad rw - ext4 /dev/x rw\n"
       "43 22 8:2 / /nodash rw shared:4 ext4 /dev/sda2 rw\n"
-      "44 22 8:3 / /last rw - btrfs /dev/sda3";  // no final newline
-  auto mounts = VolumeInfo::ParseMountInfo(text);
-  ASSERT_EQ(mounts.size(), 5u);
-  EXPECT_EQ(mounts[0].mountPoint, "/");
-  EXPECT_EQ(mounts[0].fsType, "ext4");
-  EXPECT_EQ(mounts[0].source, "/dev/sda1");
-  EXPECT_EQ(mounts[0].major, 8u);
-  EXPECT_EQ(mounts[0].minor, 1u);
+      "44 22 8:3 / /media/my rw - ext4 /dev/sda3 rw\n"
+      "46 44 8:5 / /media/my/deep rw - ext4 /dev/sda5 rw\n"
+      "45 36 8:4 / /media/my\\040stick rw - btrfs /dev/sdc1";  // on top; no final newline
+  const auto mounts = VolumeInfo::ParseMountInfo(text);
+  std::vector<std::string> got;
+  for (const VolumeInfo::Mount& m : mounts) {
+    got.push_back(m.mountPoint + "|" + m.root + "|" + m.fsType + "|" + m.source + "|" +
+                  std::to_string(m.major) + ":" + std::to_string(m.minor));
+  }
   // Optional fields before "-" are skipped, however many there are.
-  EXPECT_EQ(mounts[1].mountPoint, "/media/my stick");
-  EXPECT_EQ(mounts[1].root, "/sub");
-  EXPECT_EQ(mounts[1].fsType, "vfat");
-  EXPECT_EQ(mounts[1].minor, 17u);
-  EXPECT_EQ(mounts[2].mountPoint, "/tmp/tab\tand\\back");
-  EXPECT_EQ(mounts[2].source, "tmp fs");
-  EXPECT_EQ(mounts[3].source, "server:/export");
-  EXPECT_EQ(mounts[4].mountPoint, "/last");
-  EXPECT_EQ(mounts[4].fsType, "btrfs");
-
-  EXPECT_EQ(VolumeInfo::DecodeMountEscapes("a\\012b"), "a\nb");
-  // Anything that is not three octal digits stays as it is.
-  EXPECT_EQ(VolumeInfo::DecodeMountEscapes("a\\04"), "a\\04");
-  EXPECT_EQ(VolumeInfo::DecodeMountEscapes("a\\089"), "a\\089");
-  EXPECT_EQ(VolumeInfo::DecodeMountEscapes("\\"), "\\");
-}
-
-TEST(MountInfoTest, FindMountTakesTheLongestWholeFolderPrefix) {
-  auto mounts = VolumeInfo::ParseMountInfo(
-      "1 0 8:1 / / rw - ext4 /dev/sda1 rw\n"
-      "2 1 8:2 / /mnt/a rw - ext4 /dev/sda2 rw\n"
-      "3 1 8:3 / /mnt/a/b rw - ext4 /dev/sda3 rw\n"
-      "4 1 8:4 / /mnt/c rw - ext4 /dev/sda4 rw\n"
-      "5 4 8:5 / /mnt/c rw - vfat /dev/sdb1 rw\n");
-  auto at = [&](std::string_view path) {
+  EXPECT_EQ(got, (std::vector<std::string>{
+                     "/|/|ext4|/dev/sda1|8:1", "/media/my stick|/sub|vfat|/dev/sdb1|8:17",
+                     "/tmp/tab\tand\\back|/|tmpfs|tmp fs|0:44", "/net|/|nfs4|server:/export|0:50",
+                     "/media/my|/|ext4|/dev/sda3|8:3", "/media/my/deep|/|ext4|/dev/sda5|8:5",
+                     "/media/my stick|/|btrfs|/dev/sdc1|8:4"}));
+  // The longest whole-folder prefix wins; of two mounts on one point, the later.
+  const std::pair<const char*, const char*> at[] = {
+      {"/", "/dev/sda1"},         {"/home/ann", "/dev/sda1"},
+      {"/media/my", "/dev/sda3"}, {"/media/my/x", "/dev/sda3"}, {"/media/my/deep/y", "/dev/sda5"},
+      {"/media/myx", "/dev/sda1"}, {"/media/my stick/f", "/dev/sdc1"},
+      {"relative", "none"}};
+  for (const auto& [path, source] : at) {
     const VolumeInfo::Mount* m = VolumeInfo::FindMount(mounts, path);
-    return m ? m->source : std::string("none");
-  };
-  EXPECT_EQ(at("/"), "/dev/sda1");
-  EXPECT_EQ(at("/home/ann"), "/dev/sda1");
-  EXPECT_EQ(at("/mnt/a"), "/dev/sda2");
-  EXPECT_EQ(at("/mnt/a/x/y"), "/dev/sda2");
-  EXPECT_EQ(at("/mnt/ab"), "/dev/sda1");  // a prefix of the name is not a parent folder
-  EXPECT_EQ(at("/mnt/a/b/c"), "/dev/sda3");
-  EXPECT_EQ(at("/mnt/c/file"), "/dev/sdb1");  // the later mount on the same point is on top
-  EXPECT_EQ(at("relative"), "none");
+    EXPECT_EQ(m ? m->source : std::string("none"), source) << path;
+  }
   EXPECT_EQ(VolumeInfo::FindMount({}, "/"), nullptr);
+  // Anything that is not three octal digits stays as it is.
+  for (const auto& [raw, decoded] : std::vector<std::pair<std::string, std::string>>{
+           {"a\\012b", "a\nb"}, {"a\\04", "a\\04"}, {"a\\089", "a\\089"}, {"\\", "\\"}}) {
+    EXPECT_EQ(VolumeInfo::DecodeMountEscapes(raw), decoded);
+  }
 }
 
-TEST(VolumeSerialTest, SerialFromUuid) {
-  EXPECT_EQ(VolumeInfo::SerialFromUuid("vfat", "ABCD-1234"), 0xABCD1234u);
-  EXPECT_EQ(VolumeInfo::SerialFromUuid("exfat", "a1b2-c3d4"), 0xA1B2C3D4u);
-  // NTFS: the low half of the 64-bit serial.
-  EXPECT_EQ(VolumeInfo::SerialFromUuid("ntfs", "0123456789ABCDEF"), 0x89ABCDEFu);
-  EXPECT_EQ(VolumeInfo::SerialFromUuid("ntfs3", "0123456789ABCDEF"), 0x89ABCDEFu);
-  // Everything else: the first 32 bits of the UUID.
-  EXPECT_EQ(VolumeInfo::SerialFromUuid("ext4", "0a1b2c3d-4e5f-6071-8293-a4b5c6d7e8f9"),
-            0x0A1B2C3Du);
-  EXPECT_EQ(VolumeInfo::SerialFromUuid("btrfs", "0a1b-2c3d-4e5f"), 0x0A1B2C3Du);
-  EXPECT_EQ(VolumeInfo::SerialFromUuid("iso9660", "2024-03-05-10-11-12-00"), 0x20240305u);
-  EXPECT_EQ(VolumeInfo::SerialFromUuid("ext4", ""), 0u);
-  EXPECT_EQ(VolumeInfo::SerialFromUuid("ext4", "12"), 0x12u);
-  EXPECT_EQ(VolumeInfo::SerialFromUuid("ext4", "zz"), 0u);
-}
-
-TEST(VolumeSerialTest, DriveTypeCodes) {
-  EXPECT_EQ(VolumeInfo::DriveTypeFor("iso9660", "sr0", false), VolumeInfo::kDriveOptical);
-  EXPECT_EQ(VolumeInfo::DriveTypeFor("udf", "sr12", true), VolumeInfo::kDriveOptical);
-  EXPECT_EQ(VolumeInfo::DriveTypeFor("ext4", "srx", false), VolumeInfo::kDriveFixed);
-  EXPECT_EQ(VolumeInfo::DriveTypeFor("vfat", "sdb", true), VolumeInfo::kDriveRemovable);
-  EXPECT_EQ(VolumeInfo::DriveTypeFor("ext4", "sda", false), VolumeInfo::kDriveFixed);
+TEST(VolumeSerialTest, SerialsAndDriveTypes) {
+  const std::tuple<const char*, const char*, uint32_t> serials[] = {
+      {"vfat", "ABCD-1234", 0xABCD1234u},
+      {"exfat", "a1b2-c3d4", 0xA1B2C3D4u},
+      {"ntfs", "0123456789ABCDEF", 0x89ABCDEFu},  // the low half of the 64-bit serial
+      {"ntfs3", "0123456789ABCDEF", 0x89ABCDEFu},
+      {"ext4", "0a1b2c3d-4e5f-6071-8293-a4b5c6d7e8f9", 0x0A1B2C3Du},  // else the first 32 bits
+      {"btrfs", "0a1b-2c3d-4e5f", 0x0A1B2C3Du},
+      {"iso9660", "2024-03-05-10-11-12-00", 0x20240305u},
+      {"ext4", "", 0u},
+      {"ext4", "12", 0x12u},
+      {"ext4", "zz", 0u},
+  };
+  for (const auto& [fs, uuid, serial] : serials) {
+    EXPECT_EQ(VolumeInfo::SerialFromUuid(fs, uuid), serial) << fs << " " << uuid;
+  }
+  const std::tuple<const char*, const char*, bool, int> types[] = {
+      {"iso9660", "sr0", false, VolumeInfo::kDriveOptical},
+      {"udf", "sr12", true, VolumeInfo::kDriveOptical},
+      {"ext4", "srx", false, VolumeInfo::kDriveFixed},
+      {"vfat", "sdb", true, VolumeInfo::kDriveRemovable},
+      {"ext4", "sda", false, VolumeInfo::kDriveFixed},
+      {"tmpfs", "", false, VolumeInfo::kDriveRam},
+      {"ramfs", "", false, VolumeInfo::kDriveRam},
+      {"overlay", "", false, VolumeInfo::kDriveFixed},
+      {"fuse", "", false, VolumeInfo::kDriveFixed},
+  };
+  for (const auto& [fs, dev, removable, type] : types) {
+    EXPECT_EQ(VolumeInfo::DriveTypeFor(fs, dev, removable), type) << fs << " " << dev;
+  }
   for (const char* remote : {"nfs", "nfs4", "cifs", "smb3", "fuse.sshfs", "9p", "afs", "ceph",
                              "glusterfs", "davfs"}) {
     EXPECT_EQ(VolumeInfo::DriveTypeFor(remote, "", false), VolumeInfo::kDriveRemote) << remote;
   }
-  EXPECT_EQ(VolumeInfo::DriveTypeFor("tmpfs", "", false), VolumeInfo::kDriveRam);
-  EXPECT_EQ(VolumeInfo::DriveTypeFor("ramfs", "", false), VolumeInfo::kDriveRam);
-  EXPECT_EQ(VolumeInfo::DriveTypeFor("overlay", "", false), VolumeInfo::kDriveFixed);
-  EXPECT_EQ(VolumeInfo::DriveTypeFor("fuse", "", false), VolumeInfo::kDriveFixed);
 }
 
-TEST(VolumeInfoTest, MissingOrUnreadablePathIsNotReady) {
+TEST(VolumeInfoTest, ExistingAndMissingPaths) {
   TempDir dir;
-  VolumeInfo v = VolumeInfo::ForPath(dir.File("missing/deeper"));
-  EXPECT_FALSE(v.ok());
-  EXPECT_TRUE(v.status().IsNotFound());
-  EXPECT_EQ(v.label(), "..Disk Not Ready..");
-  EXPECT_EQ(v.driveType(), VolumeInfo::kDriveNoRoot);
-  EXPECT_EQ(v.totalBytes(), 0u);
-}
-
-TEST(VolumeInfoTest, ExistingFolderHasAVolume) {
-  TempDir dir;
-  VolumeInfo v = VolumeInfo::ForPath(dir.path());
+  const VolumeInfo v = VolumeInfo::ForPath(dir.path());
   ASSERT_TRUE(v.ok()) << v.status().message();
   EXPECT_FALSE(v.label().empty());
-  EXPECT_FALSE(v.mountPoint().empty());
   EXPECT_EQ(dir.path().rfind(v.mountPoint() == "/" ? "/" : v.mountPoint() + "/", 0), 0u);
   EXPECT_GE(v.totalBytes(), v.freeBytes());
   EXPECT_GT(v.totalBytes(), 0u);
+  const VolumeInfo missing = VolumeInfo::ForPath(dir.File("missing/deeper"));
+  EXPECT_TRUE(missing.status().IsNotFound());
+  EXPECT_EQ(missing.label(), "..Disk Not Ready..");
+  EXPECT_EQ(missing.driveType(), VolumeInfo::kDriveNoRoot);
+  EXPECT_EQ(missing.totalBytes(), 0u);
 }
 
 // Runs a shell command quietly; true when it exits with 0.
@@ -175,9 +160,7 @@ TEST(VolumeInfoTest, LoopMountedExt4WithLabel) {
   EXPECT_LE(v.totalBytes(), 8u * 1024 * 1024);
   EXPECT_GT(v.freeBytes(), 0u);
   EXPECT_LE(v.freeBytes(), v.totalBytes());
-
-  // Without a label the volume says so.
-  // Relabel through the loop device, whose cache is what the probe reads.
+  // Without a label the volume says so. Relabel through the loop device, whose cache is what the probe reads.
   ASSERT_TRUE(Shell("e2label '" + v.device() + "' ''"));
   VolumeInfo unlabeled = VolumeInfo::ForPath(point);
   ASSERT_TRUE(unlabeled.ok());
