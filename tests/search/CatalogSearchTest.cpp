@@ -16,19 +16,19 @@ namespace {
 // 5 March 2004 13:47:09 as an OLE date.
 constexpr double kDate = 38051 + (13 * 3600 + 47 * 60 + 9) / 86400.0;
 
-struct FileSpec {
+struct FileDef {
   std::string name{}, notes{}, extra{};
   std::vector<std::pair<std::string, std::string>> members{};  // name, inner path
 };
-struct FolderSpec {
+struct FolderDef {
   std::string name{}, path{}, notes{}, extra{};
-  std::vector<FileSpec> files{};
+  std::vector<FileDef> files{};
 };
-struct DiscSpec {
+struct DiscDef {
   std::string name{}, basePath{}, notes{}, extra{};
   int32_t mediaType = 3;
   int32_t category = 0;
-  std::vector<FolderSpec> folders{};
+  std::vector<FolderDef> folders{};
 };
 
 using Strings = std::vector<std::string>;
@@ -38,17 +38,17 @@ class CatalogSearchTest : public CatalogTest {
   void SetUp() override { OpenCatalog(); }
 
   // Folders are dated a day after the disc's scan, files two days, entries three.
-  int32_t Add(const DiscSpec& spec) {
+  int32_t Add(const DiscDef& def) {
     classCd& cd = data_.GetCdAppend();
-    cd.SetCdName(spec.name);
-    cd.SetCdBasepath(spec.basePath);
-    cd.SetCdNotes(spec.notes);
-    cd.SetCdExtra(spec.extra);
-    cd.setCdMediaType(spec.mediaType);
-    cd.setCdCategory(spec.category);
+    cd.SetCdName(def.name);
+    cd.SetCdBasepath(def.basePath);
+    cd.SetCdNotes(def.notes);
+    cd.SetCdExtra(def.extra);
+    cd.setCdMediaType(def.mediaType);
+    cd.setCdCategory(def.category);
     cd.setCdTotalSize(123456789.0);
     cd.setCdLastScanned(kDate);
-    for (const FolderSpec& fs : spec.folders) {
+    for (const FolderDef& fs : def.folders) {
       classDir& dir = cd.GetDirAppend();
       dir.SetDirName(fs.name);
       dir.SetDirPath(fs.path);
@@ -58,7 +58,7 @@ class CatalogSearchTest : public CatalogTest {
       dir.setDirSize(4096);
       dir.setDirAttr(16);
       dir.GetFileAppendStart();
-      for (const FileSpec& f : fs.files) {
+      for (const FileDef& f : fs.files) {
         ClassFile& file = dir.GetFileAppend();
         file.SetFileName(f.name);
         file.SetFileNotes(f.notes);
