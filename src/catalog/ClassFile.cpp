@@ -41,20 +41,9 @@ void ClassFile::uSetAppendStart(int32_t dirId, int32_t cdId, int64_t* running) {
 }
 
 int32_t ClassFile::uRecordAdd() {
-  const int32_t id = file_->AppendBlock(FileRecord::kSize);
-  if (id == 0) return 0;
-  rec_ = FileRecord{};
-  rec_.id = id;
-  rec_.dirId = dirId_;
-  rec_.cdId = cdId_;
-  rec_.date = kNewRecordDate;
-  // The previous link is written now, as the new block is linked, so the
-  // finished chain already holds what a ReCalculateLinks walk would set and
-  // the finish steps need not read the chain back.
-  if (!LinkAtEnd(*file_, rec_, &first_, &last_)) return 0;
-  if (running_) *running_ += FileRecord::kSize;
-  eof_ = false;
-  return id;
+  FileRecord fresh;
+  fresh.date = kNewRecordDate;
+  return AppendFile(fresh, FileTexts{});
 }
 
 int32_t ClassFile::AppendFile(const FileRecord& fields, const FileTexts& texts) {
@@ -78,13 +67,18 @@ int32_t ClassFile::AppendFile(const FileRecord& fields, const FileTexts& texts) 
     if (!written) return 0;
   }
   // LinkAtEnd writes the block with its links: the only write of the record.
+  // The previous link is set here, as the block is linked, so a finished chain
+  // already holds what a ReCalculateLinks walk would set.
   if (!LinkAtEnd(*file_, rec_, &first_, &last_)) return 0;
   eof_ = false;
+  // The block and its texts count for the disc being built, or else for the
+  // owning disc in the file.
+  const int64_t bytes = static_cast<int64_t>(FileRecord::kSize) + textBytes;
   if (running_) {
-    *running_ += FileRecord::kSize + textBytes;
+    *running_ += bytes;
     return id;
   }
-  return file_->AdjustCdBytes(cdId_, textBytes) ? id : 0;
+  return file_->AdjustCdBytes(cdId_, bytes) ? id : 0;
 }
 
 bool ClassFile::MoveFirst() { return WalkFrom(first_); }

@@ -141,6 +141,25 @@ TEST_F(CursorTest, DeletingAFolderTakesItsFilesBytesOffTheDisc) {
   EXPECT_TRUE(CatalogCheck(data_.file()).Run().empty());
 }
 
+TEST_F(CursorTest, AFileAddedAfterTheScanCountsForItsDisc) {
+  OpenCatalog();
+  const int32_t id = AddDisc("d", 1, 2);
+  const int32_t before = data_.GetCdGoto(id).GetBytesUsed();
+  classDir& dir = data_.GetCdGoto(id).GetDirFirst();
+  dir.GetFileFirst();  // binds the folder's chain
+  FileRecord fields;
+  fields.size = 5;
+  ASSERT_NE(dir.files().AppendFile(fields, {.name = "late.txt"}), 0);
+  ASSERT_TRUE(dir.GetFileAppendFinish());
+  EXPECT_EQ(data_.GetCdGoto(id).GetBytesUsed(), before + 80 + 8);
+  std::vector<std::string> names;
+  classDir& again = data_.GetCdGoto(id).GetDirFirst();
+  for (ClassFile& f = again.GetFileFirst(); !f.isEof(); again.GetFileNext()) names.push_back(f.GetFileName());
+  EXPECT_EQ(names, (std::vector<std::string>{"file0.txt", "file1.txt", "late.txt"}));
+  const std::vector<std::string> problems = CatalogCheck(data_.file()).Run();
+  EXPECT_TRUE(problems.empty()) << problems.front();
+}
+
 TEST_F(CursorTest, NamesForDisplay) {
   OpenCatalog();
   classCd& cd = data_.GetCdAppend();
