@@ -1,6 +1,7 @@
 #include "search/Regex.h"
 
 #include <algorithm>
+#include <bit>
 #include <cstring>
 
 #define PCRE2_CODE_UNIT_WIDTH 8
@@ -143,21 +144,58 @@ bool Regex::ContainsAsciiNoCase(std::string_view field, std::string_view text) {
                       [&](char a, char b) { return fold(a) == fold(b); });
   };
   const size_t starts = field.size() - text.size() + 1;  // candidate positions
-  size_t i = 0;
-#if defined(__SSE2__)
-  // Sixteen candidates at a time.
-  const __m128i want = _mm_set1_epi8(static_cast<char>(first));
-  const __m128i bit = _mm_set1_epi8(static_cast<char>(caseBit));
-  for (; i + 16 <= starts; i += 16) {
-    const __m128i chunk =
-        _mm_or_si128(_mm_loadu_si128(reinterpret_cast<const __m128i*>(data + i)), bit);
-    auto mask = static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi8(chunk, want)));
+  // Tests the candidates whose bits are set in mask, bit k meaning base + k.
+  const auto anyMatches = [&](size_t base, uint64_t mask) {
     for (; mask != 0; mask &= mask - 1) {
-      if (restMatches(i + static_cast<size_t>(__builtin_ctz(mask)))) return true;
+      if (restMatches(base + static_cast<size_t>(__builtin_ctzll(mask)))) return true;
     }
+    return false;
+  };
+  // Bits of the candidate positions from `from` below `starts` in a block at base.
+  const auto wanted = [&](size_t base, size_t from, size_t width) {
+    const size_t lo = from - base;
+    const size_t hi = std::min(starts - base, width);
+    const uint64_t below = hi >= 64 ? ~uint64_t{0} : (uint64_t{1} << hi) - 1;
+    return below & ~((uint64_t{1} << lo) - 1);
+  };
+#if defined(__SSE2__)
+  if (field.size() >= 16) {
+    // Sixteen candidates at a time; the last block is loaded to end at the
+    // field's end, its positions already seen masked out.
+    const __m128i want = _mm_set1_epi8(static_cast<char>(first));
+    const __m128i bit = _mm_set1_epi8(static_cast<char>(caseBit));
+    for (size_t i = 0; i < starts; i += 16) {
+      const size_t base = std::min(i, field.size() - 16);
+      const __m128i chunk =
+          _mm_or_si128(_mm_loadu_si128(reinterpret_cast<const __m128i*>(data + base)), bit);
+      const auto hits = static_cast<uint64_t>(
+          static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi8(chunk, want))));
+      if (anyMatches(base, hits & wanted(base, i, 16))) return true;
+    }
+    return false;
   }
 #endif
-  for (; i < starts; ++i) {
+  if (std::endian::native == std::endian::little && field.size() >= 8) {
+    // Eight candidates at a time in a 64-bit word: a byte equal to the wanted
+    // one becomes zero, and zero bytes are found with the usual borrow test.
+    // Bytes after a true zero may be flagged falsely; the full compare sorts
+    // them out.
+    const uint64_t ones = 0x0101010101010101ULL;
+    const uint64_t want = ones * first;
+    const uint64_t bit = ones * caseBit;
+    for (size_t i = 0; i < starts; i += 8) {
+      const size_t base = std::min(i, field.size() - 8);
+      uint64_t word;
+      std::memcpy(&word, data + base, 8);
+      const uint64_t x = (word | bit) ^ want;
+      uint64_t zeros = (x - ones) & ~x & (ones << 7);
+      uint64_t hits = 0;
+      for (; zeros != 0; zeros &= zeros - 1) hits |= uint64_t{1} << (__builtin_ctzll(zeros) / 8);
+      if (anyMatches(base, hits & wanted(base, i, 8))) return true;
+    }
+    return false;
+  }
+  for (size_t i = 0; i < starts; ++i) {
     if ((static_cast<unsigned char>(data[i]) | caseBit) == first && restMatches(i)) return true;
   }
   return false;

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <random>
+
 #include <string>
 #include <vector>
 
@@ -118,6 +120,34 @@ TEST(RegexTest, PlainTextExpressionsGiveTheEnginesAnswers) {
   Regex dotted;
   ASSERT_TRUE(dotted.Compile("a.c", {}));
   EXPECT_EQ(dotted.Match("abc"), Regex::Result::kMatch) << "a dot is no plain text";
+}
+
+}  // namespace
+}  // namespace gorvan
+
+namespace gorvan {
+namespace {
+
+// The vectorised plain-text search against the obvious one, on short and long
+// fields, with the wanted character at every position and at both ends.
+TEST(RegexTest, ContainsAsciiNoCaseAgreesWithASimpleSearch) {
+  const auto fold = [](char c) { return (c >= 'A' && c <= 'Z') ? static_cast<char>(c + 32) : c; };
+  const auto simple = [&](const std::string& field, const std::string& text) {
+    std::string f, t;
+    for (char c : field) f += fold(c);
+    for (char c : text) t += fold(c);
+    return f.find(t) != std::string::npos;
+  };
+  std::mt19937 rng(11);
+  const std::string alphabet = "fFiInN-_@`\xC3\xA9 .";
+  for (int trial = 0; trial < 20000; ++trial) {
+    std::string field(rng() % 41, ' ');
+    for (char& c : field) c = alphabet[rng() % alphabet.size()];
+    std::string text(1 + rng() % 5, ' ');
+    for (char& c : text) c = alphabet[rng() % alphabet.size()];
+    ASSERT_EQ(Regex::ContainsAsciiNoCase(field, text), simple(field, text))
+        << "field '" << field << "' text '" << text << "'";
+  }
 }
 
 }  // namespace
