@@ -1,7 +1,5 @@
 #include "scan/ArchiveLister.h"
 
-#include <archive.h>
-#include <archive_entry.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -13,14 +11,19 @@
 #include <memory>
 #include <vector>
 
+#include "scan/LibArchive.h"
+
 namespace gorvan {
 
 namespace {
 
 constexpr std::size_t kReadBlock = 64 * 1024;
 
+// Only called once a reader exists, which needs the library to be loaded.
+const LibArchive& Lib() { return *LibArchive::Get(); }
+
 struct ArchiveDeleter {
-  void operator()(struct archive* a) const { archive_read_free(a); }
+  void operator()(struct archive* a) const { Lib().archive_read_free(a); }
 };
 using ArchivePtr = std::unique_ptr<struct archive, ArchiveDeleter>;
 
@@ -29,29 +32,38 @@ using ArchivePtr = std::unique_ptr<struct archive, ArchiveDeleter>;
 // program (lrzip, lzop, grzip) are deliberately left out: an archive on a
 // scanned disc is outside input.
 ArchivePtr NewReader() {
-  ArchivePtr a(archive_read_new());
+  if (LibArchive::Get() == nullptr) return ArchivePtr();
+  ArchivePtr a(Lib().archive_read_new());
   if (!a) return a;
   struct archive* r = a.get();
-  archive_read_support_format_zip(r);
-  archive_read_support_format_7zip(r);
-  archive_read_support_format_rar(r);
-  archive_read_support_format_rar5(r);
-  archive_read_support_format_tar(r);
-  archive_read_support_format_iso9660(r);
-  archive_read_support_format_cab(r);
-  archive_read_support_filter_gzip(r);
-  archive_read_support_filter_bzip2(r);
-  archive_read_support_filter_xz(r);
-  archive_read_support_filter_lzma(r);
-  archive_read_support_filter_lzip(r);
-  archive_read_support_filter_zstd(r);
-  archive_read_support_filter_lz4(r);
-  archive_read_support_filter_compress(r);
+  Lib().archive_read_support_format_zip(r);
+  Lib().archive_read_support_format_7zip(r);
+  Lib().archive_read_support_format_rar(r);
+  Lib().archive_read_support_format_rar5(r);
+  Lib().archive_read_support_format_tar(r);
+  Lib().archive_read_support_format_iso9660(r);
+  Lib().archive_read_support_format_cab(r);
+  Lib().archive_read_support_filter_gzip(r);
+  Lib().archive_read_support_filter_bzip2(r);
+  Lib().archive_read_support_filter_xz(r);
+  Lib().archive_read_support_filter_lzma(r);
+  Lib().archive_read_support_filter_lzip(r);
+  Lib().archive_read_support_filter_zstd(r);
+  Lib().archive_read_support_filter_lz4(r);
+  Lib().archive_read_support_filter_compress(r);
   return a;
 }
 
+// A reader cannot be made without the library, or without memory.
+Status NoReader() {
+  if (LibArchive::Get() == nullptr) {
+    return Status::IOError("archives cannot be listed: the archive library (libarchive) is missing");
+  }
+  return Status::IOError("Out of memory");
+}
+
 std::string ErrorText(struct archive* a, const char* fallback) {
-  const char* msg = archive_error_string(a);
+  const char* msg = Lib().archive_error_string(a);
   return (msg && *msg) ? msg : fallback;
 }
 
@@ -224,14 +236,14 @@ void SplitPath(std::string_view full, ArchiveMember* m) {
 // Copies what the header says about one member; the packed size is set later.
 void FillMember(struct archive_entry* entry, const char* fullName, ArchiveMember* m) {
   SplitPath(fullName, m);
-  m->size = archive_entry_size_is_set(entry) ? archive_entry_size(entry) : -1;
+  m->size = Lib().archive_entry_size_is_set(entry) ? Lib().archive_entry_size(entry) : -1;
   m->packedSize = -1;
-  m->hasTime = archive_entry_mtime_is_set(entry) != 0;
-  m->mtime = m->hasTime ? static_cast<int64_t>(archive_entry_mtime(entry)) : 0;
-  m->attributes = archive_entry_filetype(entry) == AE_IFLNK ? ArchiveMember::kReparsePoint
+  m->hasTime = Lib().archive_entry_mtime_is_set(entry) != 0;
+  m->mtime = m->hasTime ? static_cast<int64_t>(Lib().archive_entry_mtime(entry)) : 0;
+  m->attributes = Lib().archive_entry_filetype(entry) == AE_IFLNK ? ArchiveMember::kReparsePoint
                                                             : ArchiveMember::kArchive;
-  if ((archive_entry_perm(entry) & 0222) == 0) m->attributes |= ArchiveMember::kReadOnly;
-  m->encrypted = archive_entry_is_encrypted(entry) != 0;
+  if ((Lib().archive_entry_perm(entry) & 0222) == 0) m->attributes |= ArchiveMember::kReadOnly;
+  m->encrypted = Lib().archive_entry_is_encrypted(entry) != 0;
 }
 
 Status Walk(struct archive* a, const RawBytes& raw, const ArchiveLister::Callback& onMember) {
@@ -240,16 +252,16 @@ Status Walk(struct archive* a, const RawBytes& raw, const ArchiveLister::Callbac
   bool zipIndexed = false;
   std::vector<ZipRecord> zipRecords;
   for (;;) {
-    int rc = archive_read_next_header(a, &entry);
+    int rc = Lib().archive_read_next_header(a, &entry);
     if (rc == ARCHIVE_EOF) return Status::OK();
     // ARCHIVE_WARN: the header was read but something in it was off, such as a
     // name that could not be converted; the member is still listed.
     if (rc != ARCHIVE_OK && rc != ARCHIVE_WARN) {
       return Status::Corruption(ErrorText(a, "Damaged archive"));
     }
-    const char* name = archive_entry_pathname_utf8(entry);
-    if (!name) name = archive_entry_pathname(entry);
-    bool listed = archive_entry_filetype(entry) != AE_IFDIR && name != nullptr;
+    const char* name = Lib().archive_entry_pathname_utf8(entry);
+    if (!name) name = Lib().archive_entry_pathname(entry);
+    bool listed = Lib().archive_entry_filetype(entry) != AE_IFDIR && name != nullptr;
     if (listed) {
       FillMember(entry, name, &m);
       // A member without a name ("/" or "./") cannot be catalogued.
@@ -260,14 +272,14 @@ Status Walk(struct archive* a, const RawBytes& raw, const ArchiveLister::Callbac
       // store members as they are, unless the whole tar is compressed. In
       // solid 7z and RAR blocks and in CAB folders no member has bytes of its
       // own, so the size stays unknown.
-      const bool unfiltered = archive_filter_count(a) <= 1;
-      switch (archive_format(a) & ARCHIVE_FORMAT_BASE_MASK) {
+      const bool unfiltered = Lib().archive_filter_count(a) <= 1;
+      switch (Lib().archive_format(a) & ARCHIVE_FORMAT_BASE_MASK) {
         case ARCHIVE_FORMAT_ZIP:
           if (!zipIndexed) {
             zipRecords = ReadZipDirectory(raw);
             zipIndexed = true;
           }
-          if (unfiltered) m.packedSize = ZipPackedSize(zipRecords, archive_filter_bytes(a, -1), m.size);
+          if (unfiltered) m.packedSize = ZipPackedSize(zipRecords, Lib().archive_filter_bytes(a, -1), m.size);
           break;
         case ARCHIVE_FORMAT_TAR:
         case ARCHIVE_FORMAT_ISO9660:
@@ -278,7 +290,7 @@ Status Walk(struct archive* a, const RawBytes& raw, const ArchiveLister::Callbac
       }
     }
 
-    rc = archive_read_data_skip(a);
+    rc = Lib().archive_read_data_skip(a);
     if (rc != ARCHIVE_OK && rc != ARCHIVE_WARN) {
       // The header was whole, so its member is listed before the fault is
       // reported.
@@ -310,8 +322,8 @@ Status ArchiveLister::List(const std::string& path, const Callback& onMember) {
   ::fcntl(fd, F_SETFL, ::fcntl(fd, F_GETFL) & ~O_NONBLOCK);
 
   ArchivePtr a = NewReader();
-  if (!a) return Status::IOError("Out of memory");
-  if (archive_read_open_fd(a.get(), fd, kReadBlock) != ARCHIVE_OK) {
+  if (!a) return NoReader();
+  if (Lib().archive_read_open_fd(a.get(), fd, kReadBlock) != ARCHIVE_OK) {
     return Status::Corruption(path + ": " + ErrorText(a.get(), "Not an archive"));
   }
   Status s = Walk(a.get(), RawBytes(fd, st.st_size), onMember);
@@ -321,8 +333,8 @@ Status ArchiveLister::List(const std::string& path, const Callback& onMember) {
 
 Status ArchiveLister::ListMemory(std::string_view data, const Callback& onMember) {
   ArchivePtr a = NewReader();
-  if (!a) return Status::IOError("Out of memory");
-  if (archive_read_open_memory(a.get(), data.data(), data.size()) != ARCHIVE_OK) {
+  if (!a) return NoReader();
+  if (Lib().archive_read_open_memory(a.get(), data.data(), data.size()) != ARCHIVE_OK) {
     return Status::Corruption(ErrorText(a.get(), "Not an archive"));
   }
   return Walk(a.get(), RawBytes(data), onMember);
