@@ -1,21 +1,31 @@
 #pragma once
 // Helpers for the scan tests: fixture files with fixed times, ID3v1 blocks, a
 // catalog in a temporary folder, an independent walk (opendir/readdir/lstat)
-// to check a scan against, and listings of archives by outside tools.
+// to check a scan against, a scan run with test settings and readers of its
+// records, and listings of archives by outside tools.
 
 #include <dirent.h>
 #include <fcntl.h>
+#include <gtest/gtest.h>
+#include <linux/capability.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <ctime>
+#include <functional>
+#include <map>
 #include <memory>
 #include <sstream>
 #include <string>
 #include <vector>
 
+#include "catalog/CatalogCheck.h"
+#include "catalog/FileIO.h"
 #include "catalog/OleDate.h"
 #include "catalog/classData.h"
 #include "scan/ScanEngine.h"
@@ -118,6 +128,191 @@ inline size_t ExpectWalk(const std::string& path, const std::string& parent,
   }
   return me;
 }
+
+// The settings of a test scan; volume facts are fixed (serial 0xABCD1234,
+// 12345 bytes free). Audio values are handed over in audio scan mode only.
+struct ScanOptions {
+  std::string include = "*.*", exclude;
+  bool zip = false, mp3 = false, dirsOnly = false, hidden = false;
+  int32_t previous = 0, mode = 0, category = 0;
+  std::string mountPoint;  // "" = "/"
+  int driveType = 3;
+  std::string label = "LABEL";
+  std::vector<AudioTrack> tracks;
+  AudioValues audio;
+  std::function<void(ScanEngine&, const ScanProgress&)> progress;
+};
+
+// Scans `path` as disc "Disc" with notes "Some notes"; returns the new disc's
+// id (0 on failure or cancel). *keep gets the engine, valid until the next call.
+inline int32_t Scan(classData& data, const std::string& path, ScanOptions o = {},
+                    ScanEngine** keep = nullptr) {
+  static std::unique_ptr<ScanEngine> engine;
+  engine = std::make_unique<ScanEngine>(data);
+  engine->SetVars(o.previous, path, "Disc", "Some notes", o.label, o.category, o.include, o.exclude,
+                  o.zip, o.mp3, o.dirsOnly, o.mode);
+  engine->SetIncludeHidden(o.hidden);
+  ScanVolume v;
+  v.mountPoint = o.mountPoint.empty() ? "/" : o.mountPoint;
+  v.serial = 0xABCD1234;
+  v.freeBytes = 12345;
+  v.driveType = o.driveType;
+  engine->SetVolume(v);
+  if (o.mode == ScanEngine::kAudioScanMode) engine->SetAudio(o.tracks, o.audio);
+  if (o.progress) {
+    ScanEngine* e = engine.get();
+    engine->SetProgress([e, &o](const ScanProgress& p) { o.progress(*e, p); });
+  }
+  const int32_t id = engine->ScanCd();
+  if (keep) *keep = engine.get();
+  return id;
+}
+
+// `n` files prefix0, prefix1, ... holding `bytes` in folder `dir`.
+inline void MakeFiles(const std::string& dir, int n, const std::string& prefix,
+                      const std::string& bytes) {
+  for (int i = 0; i < n; ++i) MakeFile(dir + "/" + prefix + std::to_string(i), bytes);
+}
+
+// "path|name" of every folder record of a disc, each followed by what `more`
+// says of it.
+inline std::vector<std::string> Folders(classData& data, int32_t id,
+                                        const std::function<std::string(classDir&)>& more = {}) {
+  std::vector<std::string> got;
+  classCd cd(data.file());
+  if (!cd.recordGet(id)) return got;
+  for (classDir& d = cd.GetDirFirst(); !d.isEof(); d.MoveNext()) {
+    got.push_back(d.GetDirPath() + "|" + d.GetDirName() + (more ? more(d) : ""));
+  }
+  return got;
+}
+
+// The name of every file record of a folder, each followed by "=" and what
+// `more` says of it; in record order or sorted.
+inline std::vector<std::string> Files(classDir& dir, bool sorted,
+                                      const std::function<std::string(ClassFile&)>& more = {}) {
+  std::vector<std::string> got;
+  for (ClassFile& f = dir.GetFileFirst(); !f.isEof(); f.MoveNext()) {
+    got.push_back(f.GetFileName() + (more ? "=" + more(f) : ""));
+  }
+  if (sorted) std::sort(got.begin(), got.end());
+  return got;
+}
+
+// Every note of a disc, keyed by folder ("path\name") or "folder|file".
+inline std::map<std::string, std::string> AllNotes(classData& data, int32_t disc) {
+  std::map<std::string, std::string> notes;
+  classCd cd(data.file());
+  if (!cd.recordGet(disc)) return notes;
+  for (classDir& d = cd.GetDirFirst(); !d.isEof(); d.MoveNext()) {
+    if (!d.GetDirNotes().empty()) notes[d.GetDirFullName()] = d.GetDirNotes();
+    for (ClassFile& f = d.GetFileFirst(); !f.isEof(); f.MoveNext()) {
+      if (!f.GetFileNotes().empty())
+        notes[d.GetDirFullName() + "|" + f.GetFileName()] = f.GetFileNotes();
+    }
+  }
+  return notes;
+}
+
+// Checks every folder and file record of disc `id` against the independent walk.
+inline void ExpectDiscMatches(classData& data, int32_t id,
+                              const std::vector<ExpectedDir>& expected) {
+  classCd cd(data.file());
+  ASSERT_TRUE(cd.recordGet(id));
+  size_t i = 0;
+  for (classDir& dir = cd.GetDirFirst(); !dir.isEof(); dir.MoveNext(), ++i) {
+    ASSERT_LT(i, expected.size());
+    const ExpectedDir& e = expected[i];
+    SCOPED_TRACE("folder " + e.parent + " | " + e.name);
+    EXPECT_EQ(dir.GetDirPath(), e.parent);
+    EXPECT_EQ(dir.GetDirName(), e.name);
+    EXPECT_EQ(dir.GetDirDate(), e.date);
+    EXPECT_EQ(dir.GetDirAttr(), e.attr);
+    EXPECT_EQ(dir.GetDirSize(), -e.bytes);
+    EXPECT_TRUE(std::signbit(dir.GetDirSize()));
+    EXPECT_EQ(dir.GetDirCountOfFiles(), e.subtreeFiles);
+    EXPECT_EQ(dir.GetDirCountOfDirs(), e.subtreeDirs);
+    EXPECT_EQ(dir.GetDirCountOfFilesDirect(), static_cast<int32_t>(e.files.size()));
+    size_t k = 0;
+    for (ClassFile& f = dir.GetFileFirst(); !f.isEof(); f.MoveNext(), ++k) {
+      ASSERT_LT(k, e.files.size());
+      EXPECT_EQ(f.GetFileName(), e.files[k].name);
+      EXPECT_EQ(f.GetFileSize(), e.files[k].size);
+      EXPECT_EQ(f.GetFileDate(), e.files[k].date);
+      EXPECT_EQ(f.getFileAttr(), e.files[k].attr);
+      EXPECT_EQ(f.GetFileNotes(), "");
+      EXPECT_EQ(f.GetFilePath(), "");
+    }
+    EXPECT_EQ(k, e.files.size());
+  }
+  EXPECT_EQ(i, expected.size());
+  EXPECT_EQ(cd.GetCdNumOfFiles(), expected[0].subtreeFiles);
+  EXPECT_EQ(cd.GetCdNumOfSubdirs(), expected[0].subtreeDirs);
+  EXPECT_EQ(cd.GetCdtotalSize(), expected[0].bytes);
+}
+
+// Flushes the catalog and checks it finds no fault and no garbage.
+inline void ExpectSoundCatalog(classData& data) {
+  ASSERT_TRUE(data.Flush());
+  CatalogCheck check(data.file());
+  EXPECT_EQ(check.Run(), std::vector<std::string>());
+  EXPECT_EQ(check.garbage(), 0);
+}
+
+// Sets TZ while it lives and puts the old value back.
+struct ZoneGuard {
+  const char* old = std::getenv("TZ");
+  std::string saved = old ? old : "";
+  explicit ZoneGuard(const char* zone) {
+    ::setenv("TZ", zone, 1);
+    ::tzset();
+  }
+  ~ZoneGuard() {
+    old ? ::setenv("TZ", saved.c_str(), 1) : ::unsetenv("TZ");
+    ::tzset();
+  }
+};
+
+// Runs `body` in a child process; returns its result, -1 if it did not exit.
+inline int RunInChild(const std::function<int()>& body) {
+  const pid_t pid = ::fork();
+  if (pid == 0) ::_exit(body());
+  int status = 0;
+  if (pid < 0 || ::waitpid(pid, &status, 0) != pid || !WIFEXITED(status)) return -1;
+  return WEXITSTATUS(status);
+}
+
+// Drops the capabilities that let root read any folder, so that a folder
+// without permissions is unreadable for this process too.
+inline bool DropReadOverride() {
+  __user_cap_header_struct header{_LINUX_CAPABILITY_VERSION_3, 0};
+  __user_cap_data_struct caps[2] = {};
+  if (::syscall(SYS_capget, &header, caps) != 0) return false;
+  for (int bit : {CAP_DAC_OVERRIDE, CAP_DAC_READ_SEARCH}) {
+    caps[bit / 32].effective &= ~(1u << (bit % 32));
+  }
+  return ::syscall(SYS_capset, &header, caps) == 0;
+}
+
+// A file that fails every write once it would grow past a limit: a full disk.
+class FullDisk : public FileIO {
+ public:
+  FullDisk(std::unique_ptr<FileIO> real, uint64_t limit) : real_(std::move(real)), limit_(limit) {}
+  Status ReadAt(uint64_t off, void* dst, size_t n, size_t* got) override {
+    return real_->ReadAt(off, dst, n, got);
+  }
+  Status WriteAt(uint64_t off, const void* src, size_t n) override {
+    if (off + n > limit_) return Status::IOError("No space left on device");
+    return real_->WriteAt(off, src, n);
+  }
+  Status Truncate(uint64_t len) override { return real_->Truncate(len); }
+  Status Sync() override { return real_->Sync(); }
+  Status Size(uint64_t* size) override { return real_->Size(size); }
+
+ private:
+  std::unique_ptr<FileIO> real_;
+  uint64_t limit_;
+};
 
 inline bool HaveTool(const std::string& name) {
   return std::system(("command -v " + name + " >/dev/null 2>&1").c_str()) == 0;
