@@ -17,11 +17,19 @@ namespace {
 constexpr double kDate = 38051 + (13 * 3600 + 47 * 60 + 9) / 86400.0;
 
 std::vector<SearchResult> Rows() {
-  return {{.kind = SearchResult::Kind::kDisc, .fileName = "Holiday, 2004",
-           .cdName = "Holiday, 2004", .path = "/media/cdrom", .date = "3/5/2004 1:47:09 PM",
-           .size = "650000000"},
-          {.fileName = "a<b>&c.txt", .cdName = "Holiday, 2004", .path = "Photos/Beach",
-           .date = "3/5/2004", .size = "1.5E+15", .attributes = "33", .notes = "a, b\r\nline two"}};
+  std::vector<SearchResult> rows(2);
+  rows[0].kind = SearchResult::Kind::kDisc;
+  rows[0].fileName = rows[0].cdName = rows[1].cdName = "Holiday, 2004";
+  rows[0].path = "/media/cdrom";
+  rows[0].date = "3/5/2004 1:47:09 PM";
+  rows[0].size = "650000000";
+  rows[1].fileName = "a<b>&c.txt";
+  rows[1].path = "Photos/Beach";
+  rows[1].date = "3/5/2004";
+  rows[1].size = "1.5E+15";
+  rows[1].attributes = "33";
+  rows[1].notes = "a, b\r\nline two";
+  return rows;
 }
 
 // The XML test sees these options come through; SummaryTakesTheOtherOptions the rest.
