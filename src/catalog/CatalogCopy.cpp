@@ -21,11 +21,8 @@ CatalogCopy::CatalogCopy(classData& source, classData& target, const CopyHooks& 
 bool CatalogCopy::CopyText(const TextRef& in, TextRef* out, int64_t* delta) {
   *out = TextRef{};
   if (in.count == 0) return true;
-  if (sameEncoding_) {
-    return src_->ReadRawText(in, &text_) && dst_->WriteRawText(text_, out, delta);
-  }
-  if (!src_->ReadText(in, &text_)) return false;
-  return dst_->WriteText(text_, out, delta);
+  if (!ReadForCopy(in, &text_)) return false;
+  return sameEncoding_ ? dst_->WriteRawText(text_, out, delta) : dst_->WriteText(text_, out, delta);
 }
 
 Status CatalogCopy::Failure() const {
@@ -136,13 +133,7 @@ Status CatalogCopy::CopyDisc(int32_t sourceId) {
       !CopyText(r.iconKey, &n.iconKey, &textBytes)) {
     return Failure();
   }
-  n.totalSize = r.totalSize;
-  n.freeSpace = r.freeSpace;
-  n.diskId = r.diskId;
-  n.numOfSubdirs = r.numOfSubdirs;
-  n.numOfFiles = r.numOfFiles;
-  n.lastScanned = r.lastScanned;
-  n.mediaType = r.mediaType;
+  CopyDiscValues(r, &n);
   n.category = TranslateCategory(r.category);
   if (!to.RecordUpdate()) return Failure();
 
@@ -214,20 +205,24 @@ Status CatalogCopy::CopyDiscs() {
   return Status::OK();
 }
 
-Status CatalogCopy::CopyAll() {
-  freshTarget_ = true;
+Status CatalogCopy::Run(bool headerTexts) {
   int64_t range = source_.GetCdCount() + source_.GetCatCount();
   {
     classCd cd(src_);
     for (cd.MoveFirst(); !cd.isEof(); cd.MoveNext()) range += std::max(cd.GetCdNumOfSubdirs(), 0);
   }
   if (hooks_.setRange) hooks_.setRange(range);
-  Status s = CopyHeaderTexts();
+  Status s = headerTexts ? CopyHeaderTexts() : Status::OK();
   if (s.ok()) s = CopyCategories();
   if (s.ok()) s = CopyDiscs();
   if (s.ok() && !target_.Flush()) s = Failure();
   warnings_ += dst_->TakeWarnings();
   return s;
+}
+
+Status CatalogCopy::CopyAll() {
+  freshTarget_ = true;
+  return Run(/*headerTexts=*/true);
 }
 
 void CatalogCopy::Undo() {
@@ -238,16 +233,7 @@ void CatalogCopy::Undo() {
 }
 
 Status CatalogCopy::MergeAll() {
-  int64_t range = source_.GetCdCount() + source_.GetCatCount();
-  {
-    classCd cd(src_);
-    for (cd.MoveFirst(); !cd.isEof(); cd.MoveNext()) range += std::max(cd.GetCdNumOfSubdirs(), 0);
-  }
-  if (hooks_.setRange) hooks_.setRange(range);
-  Status s = CopyCategories();
-  if (s.ok()) s = CopyDiscs();
-  if (s.ok() && !target_.Flush()) s = Failure();
-  warnings_ += dst_->TakeWarnings();
+  Status s = Run(/*headerTexts=*/false);
   // A cancelled merge takes back what it added; a failed one keeps what is
   // complete, since a failed write leaves the target unable to write anyway.
   if (s.IsCancelled() && dst_->ok()) Undo();

@@ -49,8 +49,9 @@ class CatalogCopy {
   CatalogCopy(classData& source, classData& target, const CopyHooks& hooks);
 
   // The whole copy into a freshly created, empty target. On success the target
-  // is flushed but not synced: the caller syncs it before it replaces anything. Cancelled when the hook's flag was set (the
-  // target then holds a partial copy whose last disc is not linked).
+  // is flushed but not synced: the caller syncs it before it replaces
+  // anything. Cancelled when the hook's flag was set (the target then holds a
+  // partial copy whose last disc is not linked).
   Status CopyAll();
   // Categories and discs of the source appended to the target. On cancel the
   // discs and categories added so far are taken out of the target's chains
@@ -61,6 +62,9 @@ class CatalogCopy {
   size_t warnings() const { return warnings_; }
 
  private:
+  // The walk both share: progress range, the header texts when asked for,
+  // categories, discs, flush.
+  Status Run(bool headerTexts);
   bool CopyText(const TextRef& in, TextRef* out, int64_t* delta);
   Status CopyHeaderTexts();
   Status CopyCategories();

@@ -259,6 +259,17 @@ void CatRecord::Decode(const uint8_t* src, CatRecord* out) {
   c.bytesUsed = r.I32();
 }
 
+void CopyDiscValues(const CdRecord& from, CdRecord* to) {
+  to->totalSize = from.totalSize;
+  to->freeSpace = from.freeSpace;
+  to->diskId = from.diskId;
+  to->numOfSubdirs = from.numOfSubdirs;
+  to->numOfFiles = from.numOfFiles;
+  to->lastScanned = from.lastScanned;
+  to->mediaType = from.mediaType;
+  to->category = from.category;
+}
+
 int64_t TextBytes(const HeaderRecord& r) {
   return Count(r.font) + Count(r.name) + Count(r.notes) + Count(r.extra) + Count(r.iconKey) +
          Count(r.password);

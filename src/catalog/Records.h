@@ -153,6 +153,11 @@ struct CatRecord {
   }
 };
 
+// Copies a disc's values — totals, counts, serial, dates, media type and
+// category — but neither its links, its texts nor its bytes used (a rescan
+// starting from the previous disc, a copy into another catalog).
+void CopyDiscValues(const CdRecord& from, CdRecord* to);
+
 // The bytes the texts of a record occupy.
 int64_t TextBytes(const HeaderRecord& r);
 int64_t TextBytes(const CdRecord& r);

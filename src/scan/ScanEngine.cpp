@@ -284,16 +284,7 @@ bool ScanEngine::BeginDisc() {
   }
   // A rescan starts from the previous disc's values; its folders are read
   // forward from the first while the new tree is written.
-  const CdRecord& o = old->record();
-  CdRecord& r = cd.record();
-  r.totalSize = o.totalSize;
-  r.freeSpace = o.freeSpace;
-  r.diskId = o.diskId;
-  r.numOfSubdirs = o.numOfSubdirs;
-  r.numOfFiles = o.numOfFiles;
-  r.lastScanned = o.lastScanned;
-  r.mediaType = o.mediaType;
-  r.category = o.category;
+  CopyDiscValues(old->record(), &cd.record());
   cd.SetCdName(old->GetCdName());
   cd.SetCdNotes(old->GetCdNotes());
   cd.SetCdLabel(old->GetCdLabel());
