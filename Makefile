@@ -15,7 +15,11 @@ ARGS          ?= --help
 PACKAGES := cmake ninja-build pkg-config g++ clang libclang-rt-14-dev \
             libgtest-dev libgmock-dev libbenchmark-dev \
             libcli11-dev nlohmann-json3-dev libpcre2-dev libarchive-dev libblkid-dev \
-            e2fsprogs unzip zip libarchive-tools
+            e2fsprogs unzip zip libarchive-tools \
+            qt6-base-dev qt6-base-dev-tools qt6-svg-dev qt6-qpa-plugins libgl-dev \
+            libcurl4-openssl-dev libssl-dev libxlsxwriter-dev libudev-dev \
+            fonts-dejavu-core adwaita-icon-theme desktop-file-utils shared-mime-info \
+            xvfb xauth python3-openpyxl libdiscid-dev dpkg-dev file
 
 SUDO := $(shell [ "$$(id -u)" = 0 ] || echo sudo)
 
@@ -33,8 +37,11 @@ deps:
 	  DEBIAN_FRONTEND=noninteractive $(SUDO) apt-get install -y -qq --no-install-recommends $$missing; \
 	fi
 
+# ccache when the machine has it (developer machines); CI builds without.
+LAUNCHER := $(if $(shell command -v ccache),-DCMAKE_C_COMPILER_LAUNCHER=ccache -DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
+
 $(BUILD_DIR)/build.ninja:
-	cmake -S . -B $(BUILD_DIR) -G Ninja -DCMAKE_BUILD_TYPE=$(BUILD_TYPE)
+	cmake -S . -B $(BUILD_DIR) -G Ninja -DCMAKE_BUILD_TYPE=$(BUILD_TYPE) $(LAUNCHER)
 
 configure: $(BUILD_DIR)/build.ninja
 
