@@ -5,52 +5,18 @@
 
 #include <cstdio>
 #include <cstdlib>
-#include <fstream>
 #include <iostream>
 
 #include "app/AppFolder.h"
+#include "app/CatalogHistory.h"
 #include "catalog/PasswordCheck.h"
 #include "catalog/ReadOnlyCheck.h"
 
 namespace gorvan::cli {
-namespace {
-
-// The most recent catalog of the desktop program's history (its settings file
-// keeps it under [History] HistoryMenu1).
-std::string HistoryCatalog() {
-  const char* config = std::getenv("XDG_CONFIG_HOME");
-  const char* home = std::getenv("HOME");
-  std::string path;
-  if (config && *config) {
-    path = std::string(config) + "/Gorvan/Gorvan.conf";
-  } else if (home && *home) {
-    path = std::string(home) + "/.config/Gorvan/Gorvan.conf";
-  } else {
-    return {};
-  }
-  std::ifstream in(path);
-  std::string line;
-  bool inHistory = false;
-  while (std::getline(in, line)) {
-    if (!line.empty() && line[0] == '[') {
-      inHistory = line.rfind("[History]", 0) == 0;
-    } else if (inHistory && line.rfind("HistoryMenu1=", 0) == 0) {
-      std::string value = line.substr(13);
-      if (value.size() >= 2 && value.front() == '"' && value.back() == '"') {
-        value = value.substr(1, value.size() - 2);
-      }
-      return value;
-    }
-  }
-  return {};
-}
-
-}  // namespace
-
 std::string CliContext::CatalogPath() const {
   if (!catalogOption.empty()) return catalogOption;
   if (const char* env = std::getenv("GORVAN_CATALOG"); env && *env) return env;
-  if (std::string recent = HistoryCatalog(); !recent.empty() && ::access(recent.c_str(), F_OK) == 0) {
+  if (std::string recent = CatalogHistory::Newest(); !recent.empty() && ::access(recent.c_str(), F_OK) == 0) {
     return recent;
   }
   return AppFolder::File("Gorvan.cd");
