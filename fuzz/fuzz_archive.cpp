@@ -17,6 +17,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
         // Stop early on archives that claim endless members.
         return ++members < 100000;
       });
-  (void)status;
+  static_cast<void>(status);
   return 0;
 }

@@ -14,6 +14,7 @@
 // Thread contract: called on the thread that runs the workflow (the GUI
 // thread in the desktop program), never from inside a catalog walk.
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -56,6 +57,16 @@ struct FileRequest {
   bool save = false;             // a file to write (asks before replacing one)
 };
 
+// The fields of the password dialog, as typed.
+struct PasswordFields {
+  std::string entered;  // the catalog's password
+  std::string new1;     // the new password (a change only)
+  std::string new2;     // the new password again
+};
+// Judges the dialog's fields when OK is pressed: "" closes the dialog
+// (passed); any other text is shown in the dialog, which stays open.
+using PasswordJudge = std::function<std::string(const PasswordFields&)>;
+
 class Prompt {
  public:
   virtual ~Prompt() = default;
@@ -66,6 +77,9 @@ class Prompt {
                        std::string* text) = 0;
   // A file name; "" when the user cancels.
   virtual std::string AskFile(const FileRequest& request) = 0;
+  // The password dialog; with change set it asks for the new password twice
+  // as well. False when the user cancels.
+  virtual bool AskPassword(bool change, const PasswordJudge& judge) = 0;
 
   // Shorthands.
   void Message(const std::string& text, PromptIcon icon = PromptIcon::kInformation,

@@ -30,7 +30,13 @@ void CatalogCheck::Problem(std::string text) {
 bool CatalogCheck::Visit(const std::string& where) {
   // A sound file holds no more records than its length allows for the
   // smallest record; walking more means some chains loop into each other.
-  if (budgetSpent_) return false;
+  if (budgetSpent_ || stopped_) return false;
+  if (job_->StopRequested()) {
+    stopped_ = true;
+    return false;
+  }
+  ++progress_.value;
+  if (job_->Due()) job_->Report(progress_);
   if (++visited_ > file_->Length() / static_cast<int64_t>(CatRecord::kSize) + 1) {
     budgetSpent_ = true;
     Problem(where + ": the chains hold more records than the file can; they loop");
@@ -72,15 +78,22 @@ int64_t CatalogCheck::CheckTexts(std::initializer_list<const TextRef*> texts,
   return bytes;
 }
 
-std::vector<std::string> CatalogCheck::Run() {
+std::vector<std::string> CatalogCheck::Run(JobControl& job) {
+  CatalogFile::ThreadHandover handover(file_);
+  job_ = &job;
+  progress_ = JobProgress{};
+  progress_.maximum = file_->Length() / static_cast<int64_t>(CatRecord::kSize) + 1;
   problems_.clear();
   categories_.clear();
   liveBytes_ = 0;
   visited_ = 0;
   budgetSpent_ = false;
+  stopped_ = job.StopRequested();
   CheckHeader();
   CheckCategories();
   CheckDiscs();
+  job.Final(progress_);
+  if (stopped_) return problems_;
   if (liveBytes_ > file_->Length()) {
     Problem("the records account for " + std::to_string(liveBytes_) +
             " bytes, more than the file's " + std::to_string(file_->Length()));

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "catalog/CatalogFile.h"
+#include "catalog/JobControl.h"
 #include "catalog/Records.h"
 
 namespace gorvan {
@@ -22,8 +23,13 @@ class CatalogCheck {
 
   explicit CatalogCheck(CatalogFile* file) : file_(file) {}
 
-  // Runs every test. Returns the problems found; empty when the catalog is sound.
-  std::vector<std::string> Run();
+  // Runs every test as one job (JobControl: value counts the records
+  // visited, maximum the most the file could hold). Returns the problems
+  // found; empty when the catalog is sound. When the job's stop was asked
+  // the check ends early (stopped()) with what it found so far.
+  // The catalog belongs to the calling thread while the check runs.
+  std::vector<std::string> Run(JobControl& job);
+  bool stopped() const { return stopped_; }
   // Bytes that no live record accounts for (what compacting would reclaim).
   int64_t garbage() const { return file_->Length() - liveBytes_; }
   int64_t records() const { return visited_; }
@@ -47,6 +53,9 @@ class CatalogCheck {
   int64_t liveBytes_ = 0;
   int64_t visited_ = 0;
   bool budgetSpent_ = false;
+  bool stopped_ = false;
+  JobControl* job_ = nullptr;
+  JobProgress progress_;
 };
 
 }  // namespace gorvan

@@ -10,12 +10,12 @@
 
 namespace gorvan {
 
-CatalogCopy::CatalogCopy(classData& source, classData& target, const CopyHooks& hooks)
+CatalogCopy::CatalogCopy(classData& source, classData& target, JobControl& job)
     : source_(source),
       target_(target),
       src_(source.file()),
       dst_(target.file()),
-      hooks_(hooks),
+      job_(job),
       sameEncoding_(source.GetEncoding() == target.GetEncoding()) {}
 
 bool CatalogCopy::CopyText(const TextRef& in, TextRef* out, int64_t* delta) {
@@ -34,8 +34,8 @@ Status CatalogCopy::Failure() const {
 }
 
 void CatalogCopy::Step() {
-  ++progress_;
-  if (hooks_.setValue) hooks_.setValue(progress_);
+  ++progress_.value;
+  if (job_.Due()) job_.Report(progress_);
 }
 
 Status CatalogCopy::CopyHeaderTexts() {
@@ -60,8 +60,8 @@ Status CatalogCopy::CopyCategories() {
   classCat from(src_);
   for (from.MoveFirst(); !from.isEof(); from.MoveNext()) {
     const CatRecord& r = from.record();
-    classCat& to = target_.GetCatAppend();
-    if (to.GetCatId() == 0 || !dst_->ok()) return Failure();
+    classCat to = target_.CatCursor();
+    if (!target_.GetCatAppend(to) || !dst_->ok()) return Failure();
     CatRecord& n = to.record();
     int64_t delta = 0;
     if (!CopyText(r.name, &n.name, &delta) || !CopyText(r.notes, &n.notes, &delta) ||
@@ -71,7 +71,7 @@ Status CatalogCopy::CopyCategories() {
     n.created = r.created;
     n.parent = r.parent;
     n.bytesUsed = static_cast<int32_t>(CatRecord::kSize + delta);
-    if (!to.RecordUpdate() || !target_.GetCatCommit()) return Failure();
+    if (!to.RecordUpdate() || !target_.GetCatCommit(to)) return Failure();
     catIds_.emplace_back(r.id, n.id);
     added.push_back(n.id);
     Step();
@@ -120,10 +120,10 @@ Status CatalogCopy::CopyDisc(int32_t sourceId) {
   classCd from(src_);
   if (!from.recordGet(sourceId)) return Failure();
   const CdRecord& r = from.record();
-  if (hooks_.setCaption) hooks_.setCaption(kProcessingCaption + from.GetCdName());
+  progress_.caption = kProcessingCaption + from.GetCdName();
 
-  classCd& to = target_.GetCdAppend();
-  if (to.GetCdId() == 0 || !dst_->ok()) return Failure();
+  classCd to = target_.CdCursor();
+  if (!target_.GetCdAppend(to) || !dst_->ok()) return Failure();
   CdRecord& n = to.record();
   int64_t textBytes = 0;
   if (!CopyText(r.name, &n.name, &textBytes) || !CopyText(r.notes, &n.notes, &textBytes) ||
@@ -165,11 +165,11 @@ Status CatalogCopy::CopyDisc(int32_t sourceId) {
         }
         if (!nf.GetZipAppendFinish()) return Failure();
       }
-      if (hooks_.Cancelled()) return Status::Cancelled();
+      if (job_.StopRequested()) return Status::Cancelled();
     }
     if (!nd.GetFileAppendFinish()) return Failure();
     Step();
-    if (hooks_.Cancelled()) return Status::Cancelled();
+    if (job_.StopRequested()) return Status::Cancelled();
   }
   // A walk that ended early on a damaged record must not pass for a copy.
   if (!src_->ok()) return Failure();
@@ -184,7 +184,7 @@ bool CatalogCopy::Commit(classCd& disc) {
   // Into the open catalog a disc is linked the safe way: its records synced
   // first. A fresh copy is synced as a whole before it takes anyone's place,
   // so syncing it disc by disc would only make the copy wait for the disk.
-  if (!freshTarget_) return target_.GetCdCommit();
+  if (!freshTarget_) return target_.GetCdCommit(disc);
   HeaderRecord& h = dst_->header();
   if (!LinkAtEnd(*dst_, disc.record(), &h.firstCd, &h.lastCd)) return false;
   h.cdCount += 1;
@@ -198,7 +198,7 @@ Status CatalogCopy::CopyDiscs() {
   for (cd.MoveFirst(); !cd.isEof(); cd.MoveNext()) ids.push_back(cd.GetCdId());
   if (!src_->ok()) return Failure();
   for (int32_t id : ids) {
-    if (hooks_.Cancelled()) return Status::Cancelled();
+    if (job_.StopRequested()) return Status::Cancelled();
     Status s = CopyDisc(id);
     if (!s.ok()) return s;
   }
@@ -211,12 +211,16 @@ Status CatalogCopy::Run(bool headerTexts) {
     classCd cd(src_);
     for (cd.MoveFirst(); !cd.isEof(); cd.MoveNext()) range += std::max(cd.GetCdNumOfSubdirs(), 0);
   }
-  if (hooks_.setRange) hooks_.setRange(range);
-  Status s = headerTexts ? CopyHeaderTexts() : Status::OK();
+  progress_ = JobProgress{};
+  progress_.maximum = range;
+  job_.Report(progress_);
+  Status s = job_.StopRequested() ? Status::Cancelled() : Status::OK();
+  if (s.ok() && headerTexts) s = CopyHeaderTexts();
   if (s.ok()) s = CopyCategories();
   if (s.ok()) s = CopyDiscs();
   if (s.ok() && !target_.Flush()) s = Failure();
   warnings_ += dst_->TakeWarnings();
+  job_.Final(progress_);
   return s;
 }
 
@@ -240,16 +244,16 @@ Status CatalogCopy::MergeAll() {
   return s;
 }
 
-Status CopyCatalogTo(classData& source, const std::string& target, const CopyHooks& hooks,
-                     std::string* copied, size_t* warnings) {
+Status CopyCatalogTo(classData& source, const std::string& target, JobControl& job,
+                     std::string* copied, size_t* warnings, const FileOpener& open) {
   copied->clear();
   if (warnings) *warnings = 0;
   if (::unlink(target.c_str()) != 0 && errno != ENOENT) {
     return Status::IOError("Cannot replace " + target + ": " + std::strerror(errno));
   }
   std::unique_ptr<FileIO> io;
-  Status s = hooks.openFile ? hooks.openFile(target, &io)
-                            : OpenPosixFile(target, /*create=*/true, /*lock=*/true, &io);
+  Status s = open ? open(target, &io)
+                  : OpenPosixFile(target, /*create=*/true, /*lock=*/true, &io);
   if (!s.ok()) return Status::IOError("Cannot create " + target + ": " + s.message());
 
   classData copy;
@@ -259,7 +263,7 @@ Status CopyCatalogTo(classData& source, const std::string& target, const CopyHoo
   if (!copy.OpenWith(std::move(io), target, /*exists=*/false, false, /*setDefaults=*/false)) {
     return Status::IOError("Cannot create " + target + ": " + copy.GetErrorText());
   }
-  CatalogCopy walk(source, copy, hooks);
+  CatalogCopy walk(source, copy, job);
   s = walk.CopyAll();
   if (warnings) *warnings = walk.warnings();
   if (s.ok() && !copy.Sync()) s = copy.status();

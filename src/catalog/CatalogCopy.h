@@ -12,7 +12,6 @@
 // converted through UTF-8 otherwise (characters the target cannot hold become
 // "?" and are counted in warnings()).
 
-#include <atomic>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -21,32 +20,22 @@
 #include <vector>
 
 #include "catalog/FileIO.h"
+#include "catalog/JobControl.h"
 #include "catalog/Status.h"
 #include "catalog/classData.h"
 
 namespace gorvan {
 
-// What a long catalog walk reports and polls. Every member is optional.
-struct CopyHooks {
-  std::function<void(int64_t max)> setRange;
-  std::function<void(int64_t value)> setValue;
-  // "Processing : " or "Exporting : " followed by the disc name.
-  std::function<void(const std::string& caption)> setCaption;
-  // Set from anywhere (a Cancel button, a signal handler) to stop the walk.
-  const std::atomic<bool>* cancel = nullptr;
-  // Opens (creating) a file the operation writes; tests pass one that fails.
-  // Default: OpenPosixFile with an exclusive lock.
-  std::function<Status(const std::string& path, std::unique_ptr<FileIO>* out)> openFile;
-
-  bool Cancelled() const { return cancel && cancel->load(std::memory_order_relaxed); }
-};
+// Opens (creating) a file that an operation writes; tests pass one that
+// fails. Empty: OpenPosixFile with an exclusive lock.
+using FileOpener = std::function<Status(const std::string& path, std::unique_ptr<FileIO>* out)>;
 
 inline constexpr const char* kProcessingCaption = "Processing : ";
 
 class CatalogCopy {
  public:
   // Both catalogs must be open; source is only read.
-  CatalogCopy(classData& source, classData& target, const CopyHooks& hooks);
+  CatalogCopy(classData& source, classData& target, JobControl& job);
 
   // The whole copy into a freshly created, empty target. On success the target
   // is flushed but not synced: the caller syncs it before it replaces
@@ -83,14 +72,14 @@ class CatalogCopy {
   classData& target_;
   CatalogFile* src_;
   CatalogFile* dst_;
-  const CopyHooks& hooks_;
+  JobControl& job_;
+  JobProgress progress_;
   bool sameEncoding_;
   std::string text_, converted_;
   std::string name_, path_, notes_, extra_;  // one file's texts, reused
   // Old and new category ids, sorted by old id once the first pass is done.
   std::vector<std::pair<int32_t, int32_t>> catIds_;
   std::vector<int32_t> newDiscs_;
-  int64_t progress_ = 0;
   size_t warnings_ = 0;
   bool freshTarget_ = false;
 };
@@ -100,7 +89,8 @@ class CatalogCopy {
 // it, then syncs and closes it. On success *copied is target; on cancel it is
 // empty and the status is Cancelled (the partial file stays for the caller to
 // remove). A failure (a full disk) leaves the partial file as well.
-Status CopyCatalogTo(classData& source, const std::string& target, const CopyHooks& hooks,
-                     std::string* copied, size_t* warnings = nullptr);
+Status CopyCatalogTo(classData& source, const std::string& target, JobControl& job,
+                     std::string* copied, size_t* warnings = nullptr,
+                     const FileOpener& open = {});
 
 }  // namespace gorvan

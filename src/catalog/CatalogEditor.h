@@ -1,7 +1,9 @@
 #pragma once
 // CatalogEditor: the edits a user makes to an open catalog — categories, discs,
 // folder and file notes — with the catalog's rules applied. Each returns OK or
-// a Status whose message is what the user is shown.
+// a Status whose message is what the user is shown. An id that is not a live
+// record of its kind is NotFound and leaves the catalog's error state clear.
+// Runs on the thread that owns the catalog (see classData).
 
 #include <cstdint>
 #include <string>
@@ -34,8 +36,6 @@ class CatalogEditor {
   bool CategoryHasChildren(int32_t id);
 
  private:
-  Status FindCategory(int32_t id);
-  Status FindDisc(int32_t id);
   Status Done();
 
   classData* data_;

@@ -79,13 +79,60 @@ bool CatalogFile::Read(int32_t id, CatRecord* out) {
   return true;
 }
 
+namespace {
+
+// The checks of Read without its verdict: whether the block at id can be
+// loaded as a record of its kind.
+template <typename Record>
+bool OwnId(const Record& r, int32_t id) {
+  return r.id == id;
+}
+template <>
+bool OwnId(const CatRecord& r, int32_t id) {
+  return r.id == id && r.kind == CatRecord::kKind;
+}
+
+template <typename Record>
+bool TryReadBlock(CatalogFile& f, DataFile& data, int32_t id, Record* out) {
+  if (!f.ok() || !f.IsBlockInside(id, Record::kSize)) return false;
+  uint8_t buf[Record::kSize];
+  const Status s = data.Read(id, buf, sizeof buf);
+  if (!s.ok()) return f.Fail(s);
+  Record rec;
+  Record::Decode(buf, &rec);
+  if (!OwnId(rec, id)) return false;
+  *out = rec;
+  return true;
+}
+
+}  // namespace
+
+bool CatalogFile::TryRead(int32_t id, CdRecord* out) {
+  assert(OnOwnerThread());
+  return TryReadBlock(*this, *data_, id, out);
+}
+bool CatalogFile::TryRead(int32_t id, DirRecord* out) {
+  assert(OnOwnerThread());
+  return TryReadBlock(*this, *data_, id, out);
+}
+bool CatalogFile::TryRead(int32_t id, FileRecord* out) {
+  assert(OnOwnerThread());
+  return TryReadBlock(*this, *data_, id, out);
+}
+bool CatalogFile::TryRead(int32_t id, CatRecord* out) {
+  assert(OnOwnerThread());
+  return TryReadBlock(*this, *data_, id, out);
+}
+
 bool CatalogFile::WriteHeader() {
+  assert(OnOwnerThread());
   uint8_t buf[HeaderRecord::kSize];
   header_.EncodeTo(buf);
   return Check(data_->Write(1, buf, sizeof buf));
 }
 
 int32_t CatalogFile::AppendBlock(size_t size) {
+  assert(OnOwnerThread());
   static constexpr uint8_t kZeros[128] = {};
   int64_t pos = 0;
   if (!Check(data_->Append(kZeros, std::min(size, sizeof kZeros), &pos))) return 0;
@@ -93,6 +140,7 @@ int32_t CatalogFile::AppendBlock(size_t size) {
 }
 
 bool CatalogFile::ReadRawText(const TextRef& ref, std::string* out) {
+  assert(OnOwnerThread());
   if (ref.count == 0) {
     out->clear();
     return true;
@@ -135,6 +183,7 @@ bool CatalogFile::ReadText(const TextRef& ref, std::string* out) {
 }
 
 bool CatalogFile::WriteRawText(std::string_view raw, TextRef* ref, int64_t* bytesDelta) {
+  assert(OnOwnerThread());
   if (!error_.ok()) return false;
   if (raw.size() > static_cast<size_t>(INT32_MAX)) {
     return Fail(Status::InvalidArgument("a text is too long for the catalog"));

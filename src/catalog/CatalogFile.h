@@ -8,11 +8,21 @@
 // kind byte). Every text read is checked: count >= 0, inside the file. The first
 // failure is kept (error()) and turns later walks into clean ends, so that a
 // damaged catalog gives the data-file error and never a crash or a hang.
+//
+// Thread contract. A CatalogFile and every cursor over it are used by one
+// thread at a time: the thread that opened it, or the thread of a job it was
+// handed to for the job's length (ThreadHandover). Reading changes state as
+// well (the read window, the scratch buffers, the sticky error), so a second
+// thread that reads at the same time needs a CatalogFile of its own
+// (classData::OpenReader). Debug builds assert the owning thread on every read
+// and write.
 
+#include <cassert>
 #include <cstdint>
 #include <memory>
 #include <string>
 #include <string_view>
+#include <thread>
 
 #include "catalog/DataFile.h"
 #include "catalog/Records.h"
@@ -43,15 +53,46 @@ class CatalogFile {
   // The most records of a size one chain could hold; a longer walk is a cycle.
   int64_t MaxChainLength(size_t size) const { return Length() / static_cast<int64_t>(size) + 1; }
 
+  // Hands the file to the calling thread for the object's lifetime and back
+  // to its previous owner afterwards: a job running on a worker thread takes
+  // the catalog it was given this way, while the opening thread leaves it alone.
+  class ThreadHandover {
+   public:
+    explicit ThreadHandover(CatalogFile* file)
+        : file_(file), previous_(file ? file->owner_ : std::thread::id()) {
+      if (file_) file_->owner_ = std::this_thread::get_id();
+    }
+    ~ThreadHandover() {
+      if (file_) file_->owner_ = previous_;
+    }
+    ThreadHandover(const ThreadHandover&) = delete;
+    ThreadHandover& operator=(const ThreadHandover&) = delete;
+
+   private:
+    CatalogFile* file_;
+    std::thread::id previous_;
+  };
+  bool OnOwnerThread() const { return owner_ == std::this_thread::get_id(); }
+
   bool Read(int32_t id, HeaderRecord* out);
   bool Read(int32_t id, CdRecord* out);
   bool Read(int32_t id, DirRecord* out);
   bool Read(int32_t id, FileRecord* out);
   bool Read(int32_t id, CatRecord* out);
 
+  // Loads a record for an id that comes from outside (a user, a command
+  // line): false, with the error state left clear, when the id does not lie
+  // inside the file or the block there is no record of this kind. Only a
+  // failed read of the file itself is an error.
+  bool TryRead(int32_t id, CdRecord* out);
+  bool TryRead(int32_t id, DirRecord* out);
+  bool TryRead(int32_t id, FileRecord* out);
+  bool TryRead(int32_t id, CatRecord* out);
+
   // Writes a block at its own id.
   template <typename Record>
   bool Write(const Record& rec) {
+    assert(OnOwnerThread());
     uint8_t buf[Record::kSize];
     rec.EncodeTo(buf);
     return Check(data_->Write(rec.id, buf, Record::kSize));
@@ -68,6 +109,7 @@ class CatalogFile {
   // The stored bytes of a text without a copy: valid only until the next read
   // or write of this catalog. For walks that test a text and keep few.
   bool PeekRawText(const TextRef& ref, std::string_view* out) {
+    assert(OnOwnerThread());
     if (ref.count > 0 && ref.pos >= 1 &&
         static_cast<int64_t>(ref.pos) - 1 + ref.count <= Length()) {
       if (const uint8_t* p = data_->Peek(ref.pos, static_cast<size_t>(ref.count))) {
@@ -124,6 +166,7 @@ class CatalogFile {
   // The block's bytes: in place when the data file has them in memory, else
   // read into buf. Null on failure (recorded).
   const uint8_t* ReadBlock(int32_t id, size_t size, uint8_t* buf, const char* kind) {
+    assert(OnOwnerThread());
     if (error_.ok() && IsBlockInside(id, size)) {
       if (const uint8_t* p = data_->Peek(id, size)) return p;
     }
@@ -140,6 +183,7 @@ class CatalogFile {
   size_t warnings_ = 0;
   std::string scratch_;
   std::string peeked_;  // PeekRawText's copy when the bytes are not in memory
+  std::thread::id owner_ = std::this_thread::get_id();
 };
 
 }  // namespace gorvan

@@ -30,6 +30,7 @@ class ChainCursor {
   bool MoveAbsolute(int32_t id) { return recordGet(id); }
   bool isEof() const { return eof_; }
 
+  CatalogFile* file() const { return file_; }
   Record& record() { return rec_; }
   const Record& record() const { return rec_; }
 

@@ -38,6 +38,13 @@ Status DataFile::Load() {
   return Status::OK();
 }
 
+Status DataFile::Refresh() {
+  if (tailLen_ != 0) return Status::InvalidArgument("a file with buffered writes cannot refresh");
+  windowStart_ = 0;
+  windowLen_ = 0;
+  return Load();
+}
+
 Status DataFile::ReadDisk(int64_t offset, char* dst, size_t n) {
   const auto end = offset + static_cast<int64_t>(n);
   if (offset >= windowStart_ && end <= windowStart_ + static_cast<int64_t>(windowLen_)) {

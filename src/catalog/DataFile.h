@@ -84,6 +84,10 @@ class DataFile {
   }
   // Writes the buffer to the file.
   Status Flush();
+  // For a reader beside the file's writer: takes the file's length again and
+  // forgets what it has read, so that the next reads see what the writer has
+  // flushed since. Nothing may be buffered.
+  Status Refresh();
   // Flush, then fsync.
   Status Sync();
 

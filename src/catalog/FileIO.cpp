@@ -8,6 +8,8 @@
 #include <cerrno>
 #include <cstring>
 
+#include "catalog/PosixIO.h"
+
 namespace gorvan {
 namespace {
 
@@ -18,41 +20,20 @@ Status ErrnoStatus(const char* what, int err) {
 
 class PosixFileIO final : public FileIO {
  public:
-  explicit PosixFileIO(int fd) : fd_(fd) {}
+  PosixFileIO(int fd, bool readOnly) : fd_(fd), readOnly_(readOnly) {}
   ~PosixFileIO() override { ::close(fd_); }
 
   Status ReadAt(uint64_t offset, void* dst, size_t n, size_t* got) override {
-    auto* p = static_cast<char*>(dst);
-    size_t done = 0;
-    while (done < n) {
-      const ssize_t r = ::pread(fd_, p + done, n - done, static_cast<off_t>(offset + done));
-      if (r < 0) {
-        if (errno == EINTR) continue;
-        *got = done;
-        return ErrnoStatus("read", errno);
-      }
-      if (r == 0) break;
-      done += static_cast<size_t>(r);
-    }
-    *got = done;
-    return Status::OK();
+    return ReadFully(fd_, dst, n, static_cast<off_t>(offset), got);
   }
 
   Status WriteAt(uint64_t offset, const void* src, size_t n) override {
-    const auto* p = static_cast<const char*>(src);
-    size_t done = 0;
-    while (done < n) {
-      const ssize_t w = ::pwrite(fd_, p + done, n - done, static_cast<off_t>(offset + done));
-      if (w < 0) {
-        if (errno == EINTR) continue;
-        return ErrnoStatus("write", errno);
-      }
-      done += static_cast<size_t>(w);
-    }
-    return Status::OK();
+    if (readOnly_) return ReadOnlyError();
+    return WriteFully(fd_, src, n, static_cast<off_t>(offset));
   }
 
   Status Truncate(uint64_t length) override {
+    if (readOnly_) return ReadOnlyError();
     if (::ftruncate(fd_, static_cast<off_t>(length)) != 0) return ErrnoStatus("truncate", errno);
     return Status::OK();
   }
@@ -70,7 +51,12 @@ class PosixFileIO final : public FileIO {
   }
 
  private:
+  static Status ReadOnlyError() {
+    return Status::InvalidArgument("the catalog is open for reading only");
+  }
+
   int fd_;
+  bool readOnly_;
 };
 
 }  // namespace
@@ -92,7 +78,14 @@ Status OpenPosixFile(const std::string& path, bool create, bool lock,
     if (err == EWOULDBLOCK) return Status::IOError(path + " is in use by another program");
     return ErrnoStatus(path.c_str(), err);
   }
-  *out = std::make_unique<PosixFileIO>(fd);
+  *out = std::make_unique<PosixFileIO>(fd, false);
+  return Status::OK();
+}
+
+Status OpenPosixFileForReading(const std::string& path, std::unique_ptr<FileIO>* out) {
+  const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  if (fd < 0) return ErrnoStatus(path.c_str(), errno);
+  *out = std::make_unique<PosixFileIO>(fd, true);
   return Status::OK();
 }
 

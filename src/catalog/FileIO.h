@@ -30,5 +30,8 @@ class FileIO {
 // write one catalog at once.
 Status OpenPosixFile(const std::string& path, bool create, bool lock,
                      std::unique_ptr<FileIO>* out);
+// Opens a file for reading only, without a lock (a second reader of a catalog
+// that its writer holds locked). Writes fail with InvalidArgument.
+Status OpenPosixFileForReading(const std::string& path, std::unique_ptr<FileIO>* out);
 
 }  // namespace gorvan

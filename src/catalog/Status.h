@@ -1,6 +1,7 @@
 #pragma once
 // Status: the outcome of an operation that can fail in an expected way.
-// Failure is a value: core functions return a Status (or a bool plus an error
+// Failure is a value, and one that cannot be dropped unread ([[nodiscard]]):
+// core functions return a Status (or a bool plus an error
 // state, where the product's object model says so) and never exit or throw for
 // damaged input, missing files or full disks.
 
@@ -10,7 +11,7 @@
 
 namespace gorvan {
 
-class Status {
+class [[nodiscard]] Status {
  public:
   enum class Code {
     kOk = 0,

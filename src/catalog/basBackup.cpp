@@ -99,11 +99,11 @@ Status ReplaceWithCopy(const std::string& catalog, const std::string& temp, cons
 // A copy written beside target under the temporary name, synced, then renamed
 // over target, so that an existing file of that name is replaced only by a
 // complete copy. A cancelled or failed copy leaves no file behind.
-Status CopyInPlaceOf(classData& data, const std::string& target, const CopyHooks& hooks,
-                     size_t* warnings) {
+Status CopyInPlaceOf(classData& data, const std::string& target, JobControl& job,
+                     const FileOpener& open, size_t* warnings) {
   const std::string temp = TempFileName(target);
   std::string copied;
-  Status s = CopyCatalogTo(data, temp, hooks, &copied, warnings);
+  Status s = CopyCatalogTo(data, temp, job, &copied, warnings, open);
   if (!s.ok()) {
     ::unlink(temp.c_str());
     return s;
@@ -124,8 +124,8 @@ MaintenanceResult Failed(const char* what, const Status& s) {
   return {s, std::string(what) + " Failed!!\n" + s.message(), 0};
 }
 
-MaintenanceResult CopyCommand(classData& data, const std::string& target, const CopyHooks& hooks,
-                              const char* ontoCurrent, const char* cancelled,
+MaintenanceResult CopyCommand(classData& data, const std::string& target, JobControl& job,
+                              const FileOpener& open, const char* ontoCurrent, const char* cancelled,
                               const char* successful, const char* failed) {
   if (!data.IsOpen()) return {Status::InvalidArgument("no catalog is open"), "No catalog is open"};
   if (target.empty()) return {Status::InvalidArgument("no file name"), "No file name was given"};
@@ -134,7 +134,7 @@ MaintenanceResult CopyCommand(classData& data, const std::string& target, const 
   }
   if (!data.Flush()) return Failed(failed, data.status());
   size_t warnings = 0;
-  const Status s = CopyInPlaceOf(data, target, hooks, &warnings);
+  const Status s = CopyInPlaceOf(data, target, job, open, &warnings);
   if (s.IsCancelled()) return {s, cancelled};
   if (!s.ok()) return Failed(failed, s);
   return {s, successful, warnings};
@@ -154,14 +154,14 @@ std::string TempFileName(const std::string& path) {
                                                : Folder(path) + "/" + kTempCatalogName;
 }
 
-MaintenanceResult CompactDataFiles(classData& data, const CopyHooks& hooks) {
+MaintenanceResult CompactDataFiles(classData& data, JobControl& job, const FileOpener& open) {
   if (!data.IsOpen()) return {Status::InvalidArgument("no catalog is open"), "No catalog is open"};
   const std::string catalog = data.GetDataFileName();
   const std::string temp = TempFileName(catalog);
   if (!data.Flush()) return Failed("Data Compaction", data.status());
 
   std::string copied;
-  Status s = CopyCatalogTo(data, temp, hooks, &copied);
+  Status s = CopyCatalogTo(data, temp, job, &copied, nullptr, open);
   if (!s.ok()) {
     // Nothing was renamed: the catalog is as it was and stays open.
     ::unlink(temp.c_str());
@@ -186,15 +186,15 @@ MaintenanceResult CompactDataFiles(classData& data, const CopyHooks& hooks) {
   return {Status::OK(), kCompactSuccessful};
 }
 
-MaintenanceResult BackupDataFiles(classData& data, const std::string& target,
-                                  const CopyHooks& hooks) {
-  return CopyCommand(data, target, hooks, kBackupOntoCurrent, kBackupCancelled, kBackupSuccessful,
+MaintenanceResult BackupDataFiles(classData& data, const std::string& target, JobControl& job,
+                                  const FileOpener& open) {
+  return CopyCommand(data, target, job, open, kBackupOntoCurrent, kBackupCancelled, kBackupSuccessful,
                      "Data Backup");
 }
 
-MaintenanceResult SaveAsDataFiles(classData& data, const std::string& target,
-                                  const CopyHooks& hooks) {
-  MaintenanceResult r = CopyCommand(data, target, hooks, kSaveAsOntoCurrent, kSaveAsCancelled,
+MaintenanceResult SaveAsDataFiles(classData& data, const std::string& target, JobControl& job,
+                                  const FileOpener& open) {
+  MaintenanceResult r = CopyCommand(data, target, job, open, kSaveAsOntoCurrent, kSaveAsCancelled,
                                     kSaveAsSuccessful, "Data SaveAs");
   if (!r.status.ok()) return r;
   // Save as goes on with the new file, as saving a document under a new name does.
@@ -209,7 +209,7 @@ MaintenanceResult SaveAsDataFiles(classData& data, const std::string& target,
 }
 
 MaintenanceResult MergeExistingCatalog(classData& data, const std::string& other,
-                                       const CopyHooks& hooks, classData::PasswordPrompt prompt) {
+                                       JobControl& job, classData::PasswordPrompt prompt) {
   if (!data.IsOpen()) return {Status::InvalidArgument("no catalog is open"), "No catalog is open"};
   if (other == data.GetDataFileName() || SameFile(other, data.GetDataFileName())) {
     return {Status::InvalidArgument(kMergeWithCurrent), kMergeWithCurrent};
@@ -226,7 +226,7 @@ MaintenanceResult MergeExistingCatalog(classData& data, const std::string& other
                                                    : Status::Refused(source.GetErrorText());
     return {s, source.GetErrorText()};
   }
-  CatalogCopy walk(source, data, hooks);
+  CatalogCopy walk(source, data, job);
   const Status s = walk.MergeAll();
   source.CloseFiles();
   if (s.IsCancelled()) return {s, kMergeCancelled};

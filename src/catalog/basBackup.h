@@ -9,6 +9,10 @@
 // links) and the copy is renamed over the catalog — so that at every instant
 // the catalog's name holds either the complete old or the complete new catalog.
 // Back up and save as write their copy the same way beside the chosen file.
+//
+// Each runs as one job (JobControl: progress and cancel, see CatalogCopy) on
+// the thread that owns the open catalog; the desktop program hands the open
+// catalog to a worker thread for it.
 
 #include <cstddef>
 #include <string>
@@ -66,18 +70,19 @@ std::string TempFileName(const std::string& path);
 
 // Compacts the open catalog and reopens it. On cancel or failure the catalog
 // is as it was, still open, and the temporary file is removed.
-MaintenanceResult CompactDataFiles(classData& data, const CopyHooks& hooks);
+MaintenanceResult CompactDataFiles(classData& data, JobControl& job,
+                                   const FileOpener& open = {});
 // Copies the open catalog to target; the open catalog stays open.
-MaintenanceResult BackupDataFiles(classData& data, const std::string& target,
-                                  const CopyHooks& hooks);
+MaintenanceResult BackupDataFiles(classData& data, const std::string& target, JobControl& job,
+                                  const FileOpener& open = {});
 // As BackupDataFiles under the save-as words; on success the open catalog
 // becomes the new file.
-MaintenanceResult SaveAsDataFiles(classData& data, const std::string& target,
-                                  const CopyHooks& hooks);
+MaintenanceResult SaveAsDataFiles(classData& data, const std::string& target, JobControl& job,
+                                  const FileOpener& open = {});
 // Appends every category and disc of the catalog at other to the open one.
 // prompt answers the other catalog's password question (none: refused).
 MaintenanceResult MergeExistingCatalog(classData& data, const std::string& other,
-                                       const CopyHooks& hooks,
+                                       JobControl& job,
                                        classData::PasswordPrompt prompt = nullptr);
 
 }  // namespace gorvan

@@ -1,5 +1,6 @@
 #include "catalog/classCd.h"
 
+#include "catalog/Attributes.h"
 #include "catalog/ChainOps.h"
 #include "catalog/ExtraData.h"
 #include "catalog/IconKeys.h"
@@ -41,8 +42,8 @@ std::string classCd::GetCdName(bool withArtist) const {
 }
 
 int32_t classCd::TypeExt(int32_t mediaType) {
-  if (mediaType >= 2 && mediaType <= 6) return mediaType;
-  if (mediaType >= 101) return 105;
+  if (mediaType >= kMediaRemovable && mediaType <= kMediaRam) return mediaType;
+  if (mediaType >= 101) return kMediaAudioCd;
   return 0;
 }
 

@@ -143,8 +143,6 @@ bool classData::OpenWith(std::unique_ptr<FileIO> io, const std::string& name, bo
   }
 
   if (!file_->WriteHeader()) return Refuse(kCannotOpen, file_->error().message());
-  cd_.Bind(file_.get());
-  cat_.SetDefaultCatRec(file_.get());
   if (!exists && setDefaults) {
     SetDataExtra("");
     SetDataFont("");
@@ -172,10 +170,9 @@ void classData::CreateHeader() {
 }
 
 void classData::CloseFiles() {
-  if (file_) (void)file_->data().Flush();
+  if (file_ && !readOnly_) (void)file_->data().Flush();
   file_.reset();
-  cd_.Bind(nullptr);
-  cat_.SetDefaultCatRec(nullptr);
+  readOnly_ = false;
 }
 
 bool classData::recordWrite() { return file_->WriteHeader(); }
@@ -224,32 +221,14 @@ std::string classData::DisplayFont() const {
   return font.empty() ? kDefaultFont : font;
 }
 
-classCd& classData::GetCdGoto(int32_t id) {
-  cd_.recordGet(id);
-  return cd_;
-}
+bool classData::GetCdAppend(classCd& cd) { return cd.recordAdd() != 0; }
 
-classCd& classData::GetCdFirst() {
-  cd_.MoveFirst();
-  return cd_;
-}
-
-classCd& classData::GetCdNext() {
-  cd_.MoveNext();
-  return cd_;
-}
-
-classCd& classData::GetCdAppend() {
-  cd_.recordAdd();
-  return cd_;
-}
-
-bool classData::GetCdCommit() {
+bool classData::GetCdCommit(classCd& cd) {
   // The disc's records reach the disk before anything links to them, so a
   // crash at any moment leaves garbage at worst, never a broken chain.
   if (!Sync()) return false;
   HeaderRecord& h = file_->header();
-  CdRecord& rec = cd_.record();
+  CdRecord& rec = cd.record();
   if (!LinkAtEnd(*file_, rec, &h.firstCd, &h.lastCd)) return false;
   h.cdCount += 1;
   return file_->WriteHeader() && Flush();
@@ -263,29 +242,13 @@ bool classData::GetCdDelete(int32_t id) {
   return file_->WriteHeader() && Flush();
 }
 
-classCat& classData::GetCatGoto(int32_t id) {
-  cat_.recordGet(id);
-  return cat_;
+bool classData::GetCatAppend(classCat& cat) {
+  return cat.recordAdd() != 0 && cat.SetCatCreated(OleDateNow());
 }
 
-classCat& classData::GetCatFirst() {
-  cat_.MoveFirst();
-  return cat_;
-}
-
-classCat& classData::GetCatNext() {
-  cat_.MoveNext();
-  return cat_;
-}
-
-classCat& classData::GetCatAppend() {
-  if (cat_.recordAdd() != 0) cat_.SetCatCreated(OleDateNow());
-  return cat_;
-}
-
-bool classData::GetCatCommit() {
+bool classData::GetCatCommit(classCat& cat) {
   HeaderRecord& h = file_->header();
-  if (!LinkAtEnd(*file_, cat_.record(), &h.firstCat, &h.lastCat)) return false;
+  if (!LinkAtEnd(*file_, cat.record(), &h.firstCat, &h.lastCat)) return false;
   h.catCount += 1;
   return file_->WriteHeader() && Flush();
 }
@@ -298,16 +261,133 @@ bool classData::GetCatDelete(int32_t id) {
   return file_->WriteHeader() && Flush();
 }
 
-bool classData::CalcPhysicalSize(PhysicalSize* out) {
+Status classData::CalcPhysicalSize(PhysicalSize* out, JobControl& job) {
   *out = PhysicalSize{};
   out->bytesUsed = file_->header().bytesUsed;
   classCat cat(file_.get());
-  for (cat.MoveFirst(); !cat.isEof(); cat.MoveNext()) out->bytesUsed += cat.GetCatBytesUsed();
+  for (cat.MoveFirst(); !cat.isEof() && !job.StopRequested(); cat.MoveNext()) {
+    out->bytesUsed += cat.GetCatBytesUsed();
+  }
   classCd cd(file_.get());
-  for (cd.MoveFirst(); !cd.isEof(); cd.MoveNext()) out->bytesUsed += cd.GetBytesUsed();
+  JobProgress p;
+  p.maximum = GetCdCount();
+  for (cd.MoveFirst(); !cd.isEof() && !job.StopRequested(); cd.MoveNext()) {
+    out->bytesUsed += cd.GetBytesUsed();
+    ++p.value;
+    if (job.Due()) job.Report(p);
+  }
   out->fileLength = file_->Length();
   out->garbage = out->fileLength - out->bytesUsed;
-  return file_->ok();
+  job.Final(p);
+  if (!file_->ok()) return file_->error();
+  return job.StopRequested() ? Status::Cancelled() : Status::OK();
+}
+
+namespace {
+
+Status NoSuch(const char* kind, int32_t id) {
+  return Status::NotFound(std::string("There is no ") + kind + " " + std::to_string(id));
+}
+
+}  // namespace
+
+Status classData::FindCat(int32_t id, classCat* cat) {
+  // Only ids of the live chain count: an id into the middle of a record, or
+  // of an unlinked one, is no category.
+  for (cat->MoveFirst(); !cat->isEof(); cat->MoveNext()) {
+    if (cat->GetCatId() == id) return Status::OK();
+  }
+  if (!file_->ok()) return file_->error();
+  return NoSuch("category", id);
+}
+
+Status classData::FindCd(int32_t id, classCd* cd) {
+  for (cd->MoveFirst(); !cd->isEof(); cd->MoveNext()) {
+    if (cd->GetCdId() == id) return Status::OK();
+  }
+  if (!file_->ok()) return file_->error();
+  return NoSuch("disc", id);
+}
+
+Status classData::FindDir(int32_t id, classCd* cd) {
+  DirRecord probe;
+  if (!file_->TryRead(id, &probe)) return file_->ok() ? NoSuch("folder", id) : file_->error();
+  if (Status s = FindCd(probe.cdId, cd); !s.ok()) {
+    return s.IsNotFound() ? NoSuch("folder", id) : s;
+  }
+  for (classDir& dir = cd->GetDirFirst(); !dir.isEof(); dir.MoveNext()) {
+    if (dir.GetDirId() == id) return Status::OK();
+  }
+  if (!file_->ok()) return file_->error();
+  return NoSuch("folder", id);
+}
+
+Status classData::FindFile(int32_t id, classCd* cd, ClassFile* file) {
+  FileRecord probe;
+  if (!file_->TryRead(id, &probe)) return file_->ok() ? NoSuch("file", id) : file_->error();
+  if (Status s = FindDir(probe.dirId, cd); !s.ok()) {
+    return s.IsNotFound() ? NoSuch("file", id) : s;
+  }
+  const DirRecord& dir = cd->dirs().record();
+  file->uSetDefaults(file_.get(), dir.id, dir.cdId, dir.firstFile, dir.lastFile);
+  for (file->MoveFirst(); !file->isEof(); file->MoveNext()) {
+    if (file->GetFileId() == id) return Status::OK();
+    if (!file->IsArchive()) continue;
+    // An archive member: its own chain hangs off the archive file.
+    ClassFile& members = file->GetZipFirst();
+    for (; !members.isEof(); members.MoveNext()) {
+      if (members.GetFileId() == id) break;
+    }
+    if (!members.isEof()) {
+      const FileRecord archive = file->record();
+      file->SetArchiveDefaults(file_.get(), archive);
+      return file->recordGet(id) ? Status::OK() : file_->error();
+    }
+  }
+  if (!file_->ok()) return file_->error();
+  return NoSuch("file", id);
+}
+
+std::unique_ptr<classData> classData::OpenReader(Status* status) {
+  *status = Status::OK();
+  if (!file_) {
+    *status = Status::NotFound("no catalog is open");
+    return nullptr;
+  }
+  // What the writer holds in its buffer must be in the file for the reader.
+  if (!Flush()) {
+    *status = file_->error();
+    return nullptr;
+  }
+  std::unique_ptr<FileIO> io;
+  std::unique_ptr<DataFile> data;
+  if (Status s = OpenPosixFileForReading(fileName_, &io); !s.ok()) {
+    *status = s;
+    return nullptr;
+  }
+  if (Status s = DataFile::Wrap(std::move(io), &data); !s.ok()) {
+    *status = s;
+    return nullptr;
+  }
+  auto reader = std::make_unique<classData>();
+  reader->fileName_ = fileName_;
+  reader->readOnly_ = true;
+  reader->file_ = std::make_unique<CatalogFile>(std::move(data), fileName_);
+  reader->file_->header() = file_->header();
+  reader->file_->UpdateEncoding();
+  return reader;
+}
+
+bool classData::ReloadHeader() {
+  if (!file_ || !readOnly_) return false;
+  if (Status s = file_->data().Refresh(); !s.ok()) return file_->Fail(s);
+  file_->ClearError();
+  HeaderRecord h;
+  if (!file_->Read(1, &h)) return false;
+  if (Status s = ValidateHeader(h, file_->Length()); !s.ok()) return file_->Fail(s);
+  file_->header() = h;
+  file_->UpdateEncoding();
+  return true;
 }
 
 }  // namespace gorvan

@@ -4,6 +4,16 @@
 //
 // Failure is reported the way the rest of the program expects it: Boolean
 // results plus an error state (GetError) and, for the details, GetErrorText.
+//
+// Thread contract. A classData, its CatalogFile and every cursor made over it
+// belong to one thread at a time: the thread that opened it, or the worker
+// thread of a job it was handed to (CatalogFile::ThreadHandover) while the
+// opening thread leaves it alone for the job's length. There is one writer: the
+// open catalog. A job that only reads (search, export) or a view that loads
+// rows while a job writes reads through a reader of its own (OpenReader), with
+// its own descriptor, read window and cursors; it sees the catalog as of the
+// writer's last flush, and ReloadHeader brings it up to date once the writer
+// has committed more.
 
 #include <cstdint>
 #include <functional>
@@ -12,6 +22,7 @@
 
 #include "catalog/CatalogFile.h"
 #include "catalog/FileIO.h"
+#include "catalog/JobControl.h"
 #include "catalog/Records.h"
 #include "catalog/TextCodec.h"
 #include "catalog/classCat.h"
@@ -57,6 +68,14 @@ class classData {
                 bool askPassword, bool setDefaults);
   void CloseFiles();
   bool IsOpen() const { return file_ != nullptr; }
+
+  // A read-only view of this open catalog for another thread (see the thread
+  // contract above); what this writer has buffered is flushed first. Every
+  // write through a reader fails. On failure returns null with the reason.
+  std::unique_ptr<classData> OpenReader(Status* status);
+  bool IsReader() const { return readOnly_; }
+  // A reader takes the file's length and header again and clears its error.
+  bool ReloadHeader();
   int GetError() const { return error_; }
   // The message for the last failure: the product's own words where it has them.
   std::string GetErrorText() const;
@@ -74,28 +93,42 @@ class classData {
   const HeaderRecord& GetTableHeader() const { return file_->header(); }
   bool recordWrite();
 
+  // Cursors of one's own. Every walk and every job uses cursors it owns, so
+  // that no two walks ever move the same one; a cursor lives no longer than
+  // the catalog it was made for.
+  classCd CdCursor() { return classCd(file_.get()); }
+  classCat CatCursor() { return classCat(file_.get()); }
+
   // Discs.
-  classCd& GetCdGoto(int32_t id);
-  classCd& GetCdFirst();
-  classCd& GetCdNext();
-  bool GetCdEof() const { return cd_.isEof(); }
   int32_t GetCdCount() const { return file_->header().cdCount; }
-  // A new disc block, unlinked until GetCdCommit.
-  classCd& GetCdAppend();
-  // Links the loaded disc at the end of the chain, after its records are on disk.
-  bool GetCdCommit();
+  // Loads a new disc block into cd, unlinked until GetCdCommit.
+  bool GetCdAppend(classCd& cd);
+  // Links the disc loaded in cd at the end of the chain, after its records
+  // are on disk.
+  bool GetCdCommit(classCd& cd);
   // Takes a disc out of the chain; its records stay as garbage.
   bool GetCdDelete(int32_t id);
 
   // Categories.
-  classCat& GetCatGoto(int32_t id);
-  classCat& GetCatFirst();
-  classCat& GetCatNext();
-  bool GetCatEof() const { return cat_.isEof(); }
   int32_t GetCatCount() const { return file_->header().catCount; }
-  classCat& GetCatAppend();
-  bool GetCatCommit();
+  // Loads a new category block (created now) into cat, unlinked until GetCatCommit.
+  bool GetCatAppend(classCat& cat);
+  bool GetCatCommit(classCat& cat);
   bool GetCatDelete(int32_t id);
+
+  // Lookups of ids that come from outside (a user, a command line, a view that
+  // may be out of date). Each loads the record into the given cursor when the
+  // id is a live record of its kind: a category or disc in its chain, a folder
+  // in its disc's chain, a file in its folder's chain or an archive member in
+  // its archive's. NotFound for any other id, with the catalog's error state
+  // left clear; the catalog's error only when a chain turns out damaged.
+  Status FindCat(int32_t id, classCat* cat);
+  Status FindCd(int32_t id, classCd* cd);
+  // Leaves cd on the folder's disc and cd->dirs() on the folder.
+  Status FindDir(int32_t id, classCd* cd);
+  // Leaves cd on the file's disc, cd->dirs() on its folder and *file on the
+  // file (bound to the folder's chain or to its archive's member chain).
+  Status FindFile(int32_t id, classCd* cd, ClassFile* file);
 
   struct PhysicalSize {
     int64_t bytesUsed = 0;   // header, categories and discs with all they hold
@@ -103,8 +136,9 @@ class classData {
     int64_t garbage = 0;     // what compacting would reclaim
   };
   // "Calculating Data Size": sums the bytes used of the header, every category
-  // and every disc and sets them against the file length.
-  bool CalcPhysicalSize(PhysicalSize* out);
+  // and every disc and sets them against the file length. Cancelled when the
+  // job's stop was asked.
+  Status CalcPhysicalSize(PhysicalSize* out, JobControl& job);
 
   // Header texts.
   std::string GetDataName() const { return Text(file_->header().name); }
@@ -141,9 +175,8 @@ class classData {
   void CreateHeader();
 
   std::unique_ptr<CatalogFile> file_;
-  classCd cd_;
-  classCat cat_;
   int error_ = kNoError;
+  bool readOnly_ = false;
   std::string errorDetail_;
   std::string fileName_;
   PasswordPrompt passwordPrompt_;

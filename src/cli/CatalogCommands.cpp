@@ -4,12 +4,14 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <cmath>
 #include <iostream>
 
 #include "catalog/CatalogCheck.h"
 #include "catalog/TextFormat.h"
 #include "cli/CliContext.h"
 #include "cli/Commands.h"
+#include "cli/TerminalJob.h"
 
 namespace gorvan::cli {
 namespace {
@@ -37,7 +39,10 @@ int Info(CliContext& ctx) {
   if (!data) return code;
   const HeaderRecord& h = data->GetTableHeader();
   classData::PhysicalSize size;
-  data->CalcPhysicalSize(&size);
+  {
+    TerminalJob terminal(ctx.quiet, TerminalJob::PercentLine);
+    if (Status st = data->CalcPhysicalSize(&size, terminal.job()); !st.ok()) return ctx.Fail(st);
+  }
   std::cout << "file: " << data->GetDataFileName() << "\n"
             << "name: " << TsvEscape(data->GetDataName()) << "\n"
             << "version: " << h.versionMajor << "." << h.versionMinor << "." << h.versionRevision
@@ -55,7 +60,8 @@ int Info(CliContext& ctx) {
 }
 
 int ListDiscs(classData& data) {
-  for (classCd& cd = data.GetCdFirst(); !cd.isEof(); data.GetCdNext()) {
+  classCd cd = data.CdCursor();
+  for (cd.MoveFirst(); !cd.isEof(); cd.MoveNext()) {
     std::cout << cd.GetCdId() << '\t' << TsvEscape(cd.GetCdName(true)) << '\t'
               << cd.GetCdCategory() << '\t' << cd.GetCdMediaType() << '\t'
               << cd.GetCdNumOfSubdirs() << '\t' << cd.GetCdNumOfFiles() << '\t'
@@ -65,26 +71,28 @@ int ListDiscs(classData& data) {
 }
 
 int ListFolders(CliContext& ctx, classData& data, int32_t discId) {
-  classCd cd(data.file());
-  if (!cd.recordGet(discId)) {
-    data.file()->ClearError();  // a wrong id typed by the user, not a damaged file
-    return ctx.Fail("There is no disc " + std::to_string(discId));
-  }
+  classCd cd = data.CdCursor();
+  if (Status s = data.FindCd(discId, &cd); !s.ok()) return ctx.Fail(s);
   for (classDir& dir = cd.GetDirFirst(); !dir.isEof(); cd.GetDirNext()) {
+    // A scan stores folder sizes negated; every display shows them as they are.
     std::cout << dir.GetDirId() << '\t' << TsvEscape(ShownPath(dir.GetDirFullName())) << '\t'
-              << dir.GetDirCountOfFilesDirect() << '\t' << FormatNumber(dir.GetDirSize()) << '\t'
+              << dir.GetDirCountOfFilesDirect() << '\t'
+              << FormatNumber(std::fabs(dir.GetDirSize())) << '\t'
               << FormatGeneralDate(dir.GetDirDate()) << '\n';
   }
   return 0;
 }
 
 int ListFiles(CliContext& ctx, classData& data, int32_t discId, int32_t dirId) {
-  classDir dir(data.file());
-  if (!dir.recordGet(dirId) || dir.GetDirCdId() != discId) {
-    data.file()->ClearError();  // a wrong id typed by the user, not a damaged file
+  classCd cd = data.CdCursor();
+  Status s = data.FindDir(dirId, &cd);
+  if (s.ok() && cd.GetCdId() != discId) s = Status::NotFound("");
+  if (!s.ok()) {
+    if (!s.IsNotFound()) return ctx.Fail(s);
     return ctx.Fail("There is no folder " + std::to_string(dirId) + " on disc " +
                     std::to_string(discId));
   }
+  classDir& dir = cd.dirs();
   for (ClassFile& f = dir.GetFileFirst(); !f.isEof(); dir.GetFileNext()) {
     std::cout << f.GetFileId() << '\t' << TsvEscape(f.GetFileName()) << '\t'
               << FormatNumber(f.GetFileSize()) << '\t' << FormatGeneralDate(f.GetFileDate())
@@ -150,14 +158,16 @@ int Dump(CliContext& ctx) {
          {"extra", data->GetDataExtra()},
          {"iconKey", data->GetDataIconKey()},
          {"hasPassword", h.password.count > 0}});
-  for (classCat& c = data->GetCatFirst(); !c.isEof(); data->GetCatNext()) {
+  classCat c = data->CatCursor();
+  for (c.MoveFirst(); !c.isEof(); c.MoveNext()) {
     const CatRecord& r = c.record();
     Print({{"kind", "category"}, {"id", r.id}, {"next", r.next}, {"prev", r.prev},
            {"created", r.created}, {"name", c.GetCatName()}, {"notes", c.GetCatNotes()},
            {"extra", c.GetCatExtra()}, {"iconKey", c.GetCatIconKey()}, {"parent", r.parent},
            {"bytesUsed", r.bytesUsed}});
   }
-  for (classCd& cd = data->GetCdFirst(); !cd.isEof(); data->GetCdNext()) {
+  classCd cd = data->CdCursor();
+  for (cd.MoveFirst(); !cd.isEof(); cd.MoveNext()) {
     const CdRecord& r = cd.record();
     Print({{"kind", "disc"}, {"id", r.id}, {"next", r.next}, {"prev", r.prev},
            {"firstDir", r.firstDir}, {"lastDir", r.lastDir}, {"name", cd.GetCdName()},
@@ -190,7 +200,12 @@ int Check(CliContext& ctx) {
   classData* data = ctx.Open(&code);
   if (!data) return code;
   CatalogCheck check(data->file());
-  const std::vector<std::string> problems = check.Run();
+  std::vector<std::string> problems;
+  {
+    TerminalJob terminal(ctx.quiet, TerminalJob::PercentLine);
+    problems = check.Run(terminal.job());
+  }
+  if (check.stopped()) return ctx.Fail(Status::Cancelled("The check was stopped"));
   for (const std::string& p : problems) std::cout << TsvEscape(p) << '\n';
   if (!ctx.quiet) {
     std::cerr << check.records() << " records checked, " << problems.size() << " problem(s), "

@@ -1,6 +1,5 @@
 #include "cli/CliContext.h"
 
-#include <termios.h>
 #include <unistd.h>
 
 #include <cstdio>
@@ -9,8 +8,6 @@
 
 #include "app/AppFolder.h"
 #include "app/CatalogHistory.h"
-#include "catalog/PasswordCheck.h"
-#include "catalog/ReadOnlyCheck.h"
 
 namespace gorvan::cli {
 std::string CliContext::CatalogPath() const {
@@ -47,61 +44,32 @@ int CliContext::Finish() {
   return kExitOk;
 }
 
-bool CliContext::AskYesNo(const std::string& question) const {
-  if (yes) return true;
-  if (!isatty(STDIN_FILENO)) return false;
-  std::cerr << question << " [y/N] " << std::flush;
-  std::string answer;
-  if (!std::getline(std::cin, answer)) return false;
-  return !answer.empty() && (answer[0] == 'y' || answer[0] == 'Y');
-}
-
-bool CliContext::ReadSecret(const std::string& prompt, std::string* out) {
-  if (!isatty(STDIN_FILENO)) return false;
-  std::cerr << prompt << std::flush;
-  termios old{};
-  const bool haveTerm = tcgetattr(STDIN_FILENO, &old) == 0;
-  if (haveTerm) {
-    termios quiet = old;
-    quiet.c_lflag &= ~static_cast<tcflag_t>(ECHO);
-    tcsetattr(STDIN_FILENO, TCSANOW, &quiet);
+OpenOptions CliContext::openOptions(bool mustExist) const {
+  OpenOptions o;
+  o.mustExist = mustExist;
+  o.password = password;
+  if (o.password.empty()) {
+    if (const char* env = std::getenv("GORVAN_PASSWORD"); env && *env) o.password = env;
   }
-  const bool got = static_cast<bool>(std::getline(std::cin, *out));
-  if (haveTerm) tcsetattr(STDIN_FILENO, TCSANOW, &old);
-  std::cerr << "\n";
-  return got;
+  o.passwordGiven = !o.password.empty();
+  return o;
 }
 
 classData* CliContext::Open(int* exitCode, bool mustExist) {
+  prompt_ = TerminalPrompt(yes);
   const std::string path = CatalogPath();
   if (mustExist && ::access(path.c_str(), F_OK) != 0) {
     *exitCode = Fail("no catalog at " + path + " (create one with: gorvan-cli create FILE)");
     return nullptr;
   }
-  std::string error;
-  if (!ReadOnlyCheck::Run(path, [this](const std::string& q) { return AskYesNo(q); }, &error)) {
-    *exitCode = Fail(error.empty() ? path + " is read-only and was not opened" : error,
-                     kExitRefused);
+  OpenOutcome out = CatalogOpener::Open(path, prompt_, openOptions(mustExist));
+  if (!out.data) {
+    const bool refused = out.status.IsRefused() || out.status.IsCorruption() ||
+                         out.error == classData::kWrongVersion;
+    *exitCode = Fail(out.message, refused ? kExitRefused : kExitFailure);
     return nullptr;
   }
-  data_ = std::make_unique<classData>();
-  std::string given = password;
-  if (given.empty()) {
-    if (const char* env = std::getenv("GORVAN_PASSWORD"); env && *env) given = env;
-  }
-  data_->SetPasswordPrompt([given](const std::string& current) {
-    std::string entered = given;
-    if (entered.empty() && !ReadSecret("Password: ", &entered)) return false;
-    return PasswordCheck::AskPassword(entered, current) == PasswordCheck::Result::kPassed;
-  });
-  if (!data_->OpenFiles(path, /*askPassword=*/true, /*setDefaults=*/true)) {
-    *exitCode = Fail(data_->GetErrorText(), data_->GetError() == classData::kCannotOpen
-                                                ? kExitFailure
-                                                : kExitRefused);
-    data_.reset();
-    return nullptr;
-  }
-  data_->file()->ArmWalkBudget();
+  data_ = std::move(out.data);
   *exitCode = kExitOk;
   return data_.get();
 }

@@ -8,8 +8,10 @@
 #include <string>
 #include <string_view>
 
+#include "app/CatalogOpener.h"
 #include "catalog/Status.h"
 #include "catalog/classData.h"
+#include "cli/TerminalPrompt.h"
 
 namespace gorvan::cli {
 
@@ -33,9 +35,14 @@ class CliContext {
   // history, else "Gorvan.cd" in the application folder.
   std::string CatalogPath() const;
 
-  // Opens the catalog for a command. On failure prints the message and returns
-  // the exit code in *exitCode (3 when the catalog is refused).
+  // Opens the catalog for a command through the shared open workflow. On
+  // failure prints the message and returns the exit code in *exitCode (3 when
+  // the catalog is refused).
   classData* Open(int* exitCode, bool mustExist = true);
+  // The prompt the workflows ask through (--yes answers Yes).
+  Prompt& prompt() { return prompt_; }
+  // The options for opening: the password of --password or $GORVAN_PASSWORD.
+  OpenOptions openOptions(bool mustExist) const;
 
   // Prints "gorvan-cli: <message>" on stderr and returns code.
   int Fail(const std::string& message, int code = kExitFailure) const;
@@ -46,16 +53,11 @@ class CliContext {
   // anything failed on the way, else 0; warns about "?" replacements.
   int Finish();
 
-  // Asks a Yes/No question on the terminal (--yes answers Yes; without a
-  // terminal the answer is No).
-  bool AskYesNo(const std::string& question) const;
-  // Reads a line from the terminal without echo; false without a terminal.
-  static bool ReadSecret(const std::string& prompt, std::string* out);
-
   classData& data() { return *data_; }
 
  private:
   std::unique_ptr<classData> data_;
+  TerminalPrompt prompt_{false};
 };
 
 // A value for a tab-separated line: tab, line feed, carriage return and

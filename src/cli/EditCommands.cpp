@@ -37,8 +37,8 @@ int SetPassword(CliContext& ctx, const std::string& given) {
   std::string new1 = given;
   std::string new2 = given;
   if (given.empty()) {
-    if (!CliContext::ReadSecret("New password: ", &new1) ||
-        !CliContext::ReadSecret("New password again: ", &new2)) {
+    if (!TerminalPrompt::ReadSecret("New password: ", &new1) ||
+        !TerminalPrompt::ReadSecret("New password again: ", &new2)) {
       return ctx.Fail("give the new password with --new, or run on a terminal", kExitUsage);
     }
   }

@@ -6,7 +6,7 @@
 
 #include "cli/CliContext.h"
 #include "cli/Commands.h"
-#include "cli/WalkProgress.h"
+#include "cli/TerminalJob.h"
 #include "export/basExport.h"
 
 namespace gorvan::cli {
@@ -41,8 +41,8 @@ int Export(CliContext& ctx, const ExportArgs& a) {
 
   ExportResult r;
   {
-    WalkProgress progress(ctx.quiet);
-    r = basExport(*data, a.file, options, progress.hooks());
+    TerminalJob terminal(ctx.quiet, TerminalJob::PercentLine);
+    r = basExport(*data, a.file, options, terminal.job());
   }
   if (r.status.IsCancelled()) {
     std::cerr << "gorvan-cli: export cancelled; " << a.file << " was not written\n";

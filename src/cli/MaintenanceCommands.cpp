@@ -8,7 +8,7 @@
 #include "catalog/basBackup.h"
 #include "cli/CliContext.h"
 #include "cli/Commands.h"
-#include "cli/WalkProgress.h"
+#include "cli/TerminalJob.h"
 
 namespace gorvan::cli {
 namespace {
@@ -24,29 +24,28 @@ int Run(CliContext& ctx, Command command, const std::string& file,
   if (!data) return code;
   MaintenanceResult r;
   {
-    WalkProgress progress(ctx.quiet);
+    TerminalJob terminal(ctx.quiet, TerminalJob::PercentLine);
+    JobControl& job = terminal.job();
     switch (command) {
       case Command::kCompact:
-        r = CompactDataFiles(*data, progress.hooks());
+        r = CompactDataFiles(*data, job);
         break;
       case Command::kBackup:
-        r = BackupDataFiles(*data, file, progress.hooks());
+        r = BackupDataFiles(*data, file, job);
         break;
       case Command::kSaveAs:
-        r = SaveAsDataFiles(*data, file, progress.hooks());
+        r = SaveAsDataFiles(*data, file, job);
         break;
       case Command::kMerge: {
-        auto prompt = [&otherPassword](const std::string& current) {
-          std::string given = otherPassword;
-          if (given.empty()) {
-            if (const char* env = std::getenv("GORVAN_MERGE_PASSWORD")) given = env;
-          }
-          if (given.empty() && !CliContext::ReadSecret("Password of the catalog to merge: ", &given)) {
-            return false;
-          }
-          return given == current;
-        };
-        r = MergeExistingCatalog(*data, file, progress.hooks(), prompt);
+        // The other catalog's password goes through the same rules as opening.
+        OpenOptions given;
+        given.password = otherPassword;
+        if (given.password.empty()) {
+          if (const char* env = std::getenv("GORVAN_MERGE_PASSWORD")) given.password = env;
+        }
+        given.passwordGiven = !given.password.empty();
+        r = MergeExistingCatalog(*data, file, job,
+                                 CatalogOpener::PasswordPromptFor(ctx.prompt(), given));
         break;
       }
     }

@@ -3,15 +3,14 @@
 #include <nlohmann/json.hpp>
 #include <unistd.h>
 
-#include <chrono>
-#include <csignal>
-#include <cstdio>
 #include <iostream>
 #include <memory>
 
+#include "app/SearchRequest.h"
 #include "catalog/OleDate.h"
 #include "cli/CliContext.h"
 #include "cli/Commands.h"
+#include "cli/TerminalJob.h"
 #include "export/OutputWriter.h"
 #include "export/SearchResultsExport.h"
 #include "search/CatalogSearch.h"
@@ -19,9 +18,6 @@
 
 namespace gorvan::cli {
 namespace {
-
-inline constexpr const char* kNoDiscToSearch =
-    "You need at least one CD or folder scanned before you can search for something!!";
 
 struct SearchCommandOptions {
   SearchOptions search;
@@ -31,62 +27,12 @@ struct SearchCommandOptions {
   bool count = false;
 };
 
-// The running search, for the Ctrl-C handler.
-CatalogSearch* g_running = nullptr;
-
-extern "C" void OnSearchInterrupt(int) {
-  if (g_running) g_running->RequestStop();
+// "N of M files searched, K found".
+std::string SearchLine(const JobProgress& p) {
+  std::string line = std::to_string(p.value);
+  if (p.maximum > 0) line += " of " + std::to_string(p.maximum);
+  return line + " files searched, " + std::to_string(p.hits) + " found";
 }
-
-// Installs the Ctrl-C (and SIGTERM) handler for the lifetime of the object.
-class InterruptScope {
- public:
-  explicit InterruptScope(CatalogSearch* search) {
-    g_running = search;
-    struct sigaction sa{};
-    sa.sa_handler = OnSearchInterrupt;
-    sigemptyset(&sa.sa_mask);
-    sigaction(SIGINT, &sa, &oldInt_);
-    sigaction(SIGTERM, &sa, &oldTerm_);
-  }
-  ~InterruptScope() {
-    sigaction(SIGINT, &oldInt_, nullptr);
-    sigaction(SIGTERM, &oldTerm_, nullptr);
-    g_running = nullptr;
-  }
-
- private:
-  struct sigaction oldInt_{}, oldTerm_{};
-};
-
-using Clock = std::chrono::steady_clock;
-
-// "N files searched, M found" on stderr, at most ten times a second.
-class ProgressLine {
- public:
-  void Update(const SearchProgress& p) {
-    if (p.steps % 4096 != 0) return;
-    const Clock::time_point now = Clock::now();
-    if (now - last_ < std::chrono::milliseconds(100)) return;
-    last_ = now;
-    if (p.planned > 0) {
-      std::fprintf(stderr, "\r\033[K%lld of %lld files searched, %lld found",
-                   static_cast<long long>(p.steps), static_cast<long long>(p.planned),
-                   static_cast<long long>(p.hits));
-    } else {
-      std::fprintf(stderr, "\r\033[K%lld files searched, %lld found",
-                   static_cast<long long>(p.steps), static_cast<long long>(p.hits));
-    }
-    shown_ = true;
-  }
-  void Clear() {
-    if (shown_) std::fputs("\r\033[K", stderr);
-  }
-
- private:
-  Clock::time_point last_{};
-  bool shown_ = false;
-};
 
 // Writes each row as it arrives in the chosen format.
 class RowPrinter {
@@ -154,12 +100,10 @@ int Search(CliContext& ctx, SearchCommandOptions o) {
   s.matchMode = o.mode == "whole"       ? MatchMode::kWholeWord
                 : o.mode == "beginning" ? MatchMode::kBeginning
                                         : MatchMode::kAnywhere;
-  if (Status st = CatalogSearch::Check(s); !st.ok()) return ctx.Fail(st.message());
-
   int code = 0;
   classData* data = ctx.Open(&code);
   if (!data) return code;
-  if (data->GetCdCount() <= 0) return ctx.Fail(kNoDiscToSearch);
+  if (Status st = SearchRequest::Check(*data, s); !st.ok()) return ctx.Fail(st.message());
 
   OutputWriter out;
   Status opened = o.output.empty() ? out.OpenDescriptor(STDOUT_FILENO) : out.Open(o.output);
@@ -167,21 +111,21 @@ int Search(CliContext& ctx, SearchCommandOptions o) {
   const bool live = o.output.empty() && ::isatty(STDOUT_FILENO);
 
   CatalogSearch search(*data);
-  ProgressLine line;
-  if (!ctx.quiet && ::isatty(STDERR_FILENO)) {
-    search.SetProgress([&line](const SearchProgress& p) { line.Update(p); });
-  }
   RowPrinter printer(out, o.format, live);
   if (!o.count && !printer.Begin(s)) return ctx.Fail(out.error());
 
   Status result;
   {
-    InterruptScope interrupts(&search);
+    TerminalJob terminal(ctx.quiet, SearchLine);
     CatalogSearch::RowSink sink;
-    if (!o.count) sink = [&printer](const SearchResult& row) { printer.Row(row); };
-    result = search.Run(s, sink);
+    if (!o.count) {
+      sink = [&printer, &terminal](const SearchResult& row) {
+        terminal.Clear();
+        printer.Row(row);
+      };
+    }
+    result = search.Run(s, sink, terminal.job());
   }
-  line.Clear();
 
   // What was found stays, whether the walk ran to its end or not.
   if (o.count) {

@@ -7,13 +7,17 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <memory>
 #include <unordered_set>
 
 #include "catalog/ExtraData.h"
 #include "catalog/OleDate.h"
 #include "catalog/TextCodec.h"
 #include "catalog/TextFormat.h"
+#include "catalog/PosixIO.h"
+#include "export/CsvExportWriter.h"
 #include "export/OutputWriter.h"
+#include "export/XmlExportWriter.h"
 
 #ifndef GORVAN_INSTALL_SHARE_DIR
 #define GORVAN_INSTALL_SHARE_DIR ""
@@ -72,252 +76,161 @@ std::string PlaceStylesheet(const std::string& stylesheet, const std::string& ou
   if (::unlink(target.c_str()) != 0 && errno != ENOENT) {
     return "Cannot replace " + target + ": " + std::strerror(errno);
   }
-  const int in = ::open(stylesheet.c_str(), O_RDONLY | O_CLOEXEC);
-  if (in < 0) return "Cannot read " + stylesheet + ": " + std::strerror(errno);
-  const int out = ::open(target.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
-  if (out < 0) {
-    const std::string why = "Cannot create " + target + ": " + std::strerror(errno);
-    ::close(in);
-    return why;
-  }
-  std::string problem;
-  char buf[16384];
-  for (;;) {
-    const ssize_t n = ::read(in, buf, sizeof buf);
-    if (n < 0 && errno == EINTR) continue;
-    if (n <= 0) {
-      if (n < 0) problem = "Cannot read " + stylesheet + ": " + std::strerror(errno);
-      break;
-    }
-    if (::write(out, buf, static_cast<size_t>(n)) != n) {
-      problem = "Cannot write " + target + ": " + std::strerror(errno);
-      break;
-    }
-  }
-  if (::close(out) != 0 && problem.empty()) problem = "Cannot write " + target;
-  ::close(in);
-  return problem;
+  const Status s = CopyFileContents(stylesheet, target);
+  return s.ok() ? std::string() : s.message();
 }
 
-// One export run: the walk is shared, the writers differ by type.
+// One export run: the walk over the chosen discs, shared by every format.
 class Exporter {
  public:
-  Exporter(classData& data, OutputWriter& out, const ExportOptions& o, const CopyHooks& hooks)
+  Exporter(classData& data, ExportWriter& writer, const ExportOptions& o, JobControl& job)
       : file_(data.file()),
-        out_(out),
+        writer_(writer),
         o_(o),
-        f_(o.fields),
-        hooks_(hooks),
-        ansi_(data.GetEncoding() == TextEncoding::kWindows1252),
-        xml_(o.type == ExportType::kXml) {}
+        job_(job),
+        ansi_(data.GetEncoding() == TextEncoding::kWindows1252) {}
 
   Status Run(const std::vector<int32_t>& ids) {
-    if (hooks_.setRange) hooks_.setRange(static_cast<int64_t>(ids.size()));
-    if (xml_) {
-      Line("<?xml-stylesheet type=\"text/xsl\" href=\"" + std::string(kStylesheetName) + "\"?>");
-      const double when = o_.extractDate != 0 ? o_.extractDate : OleDateNow();
-      Line("<Gorvan ExtractDate=\"" + Date(when) + "\" Version=\"" +
-           std::to_string(GORVAN_VERSION_MAJOR) + "." + std::to_string(GORVAN_VERSION_MINOR) +
-           "." + std::to_string(GORVAN_VERSION_REVISION) + "\">");
-    }
-    int64_t done = 0;
+    progress_.maximum = static_cast<int64_t>(ids.size());
+    job_.Report(progress_);
+    writer_.Begin(o_.extractDate != 0 ? o_.extractDate : OleDateNow(), ansi_);
     for (int32_t id : ids) {
+      if (job_.StopRequested()) return Status::Cancelled();
       Status s = Disc(id);
       if (!s.ok()) return s;
-      if (hooks_.setValue) hooks_.setValue(++done);
+      ++progress_.value;
+      if (job_.Due()) job_.Report(progress_);
     }
-    if (xml_) Line("</Gorvan>");
-    return Problem();
+    job_.Final(progress_);
+    Status s = writer_.End();
+    return s.ok() ? Problem() : s;
   }
 
  private:
   Status Problem() const {
     if (!file_->ok()) return file_->error();
-    if (!out_.ok()) return out_.error();
     return Status::OK();
   }
 
-  void Line(std::string_view text) { out_.WriteLine(text); }
-
-  // Dates as the user's locale writes them, in the catalog's encoding.
-  std::string Date(double ole) {
-    std::string text = FormatGeneralDate(ole);
-    if (ansi_) {
-      TextCodec::Utf8ToWindows1252(text, &scratch_);
-      text = scratch_;
-    }
-    return text;
-  }
-
-  const std::string& Raw(const TextRef& ref, std::string* buf) {
+  std::string_view Raw(const TextRef& ref, std::string* buf) {
     file_->ReadRawText(ref, buf);
     return *buf;
   }
 
-  // "<indent><Tag>value</Tag>" with the value escaped.
-  void Element(std::string_view indent, std::string_view tag, std::string_view value,
-               bool escape = true) {
-    line_.assign(indent);
-    line_ += '<';
-    line_ += tag;
-    line_ += '>';
-    if (escape) {
-      AppendXmlEscaped(value, ansi_, &line_);
-    } else {
-      line_ += value;
-    }
-    line_ += "</";
-    line_ += tag;
-    line_ += '>';
-    Line(line_);
-  }
-
-  void Extras(std::string_view indent, const TextRef& extra) {
-    const std::string& list = Raw(extra, &extra_);
-    static constexpr const char* kTags[] = {"Extra1", "Extra2", "Extra3", "Extra4"};
-    for (int i = 0; i < 4; ++i) {
-      Element(indent, kTags[i], list.empty() ? std::string() : GetExtraValue(list, kExtraT1 + i));
-    }
-  }
-
-  // A delimited line: the first fields after ", ", the rest after ",".
-  void Field(std::string_view sep, std::string_view value) {
-    line_ += sep;
-    line_ += value;
+  void FullName(const TextRef& path, std::string_view name) {
+    full_.assign(Raw(path, &path_));
+    if (full_.empty() || full_.back() != '\\') full_ += '\\';
+    full_ += name;
   }
 
   Status Disc(int32_t id) {
     classCd cd(file_);
     if (!cd.recordGet(id)) return Problem();
     const CdRecord& r = cd.record();
-    const std::string& name = Raw(r.name, &name_);
-    if (hooks_.setCaption) {
-      std::string shown;
-      TextCodec::Decode(ansi_ ? TextEncoding::kWindows1252 : TextEncoding::kUtf8, name, &shown);
-      hooks_.setCaption(kExportingCaption + shown);
-    }
-    if (xml_) {
-      Line("<Cd>");
-      Element("  ", "Name", name);
-      Element("  ", "LastScannedDate", Date(r.lastScanned), false);
-      Element("  ", "TotalSize", FormatNumber(r.totalSize), false);
-      Element("  ", "FreeSpace", FormatNumber(r.freeSpace), false);
-      Element("  ", "CountOfDirs", std::to_string(r.numOfSubdirs), false);
-      Element("  ", "CountOfFiles", std::to_string(r.numOfFiles), false);
-      Element("  ", "MediaType", std::to_string(r.mediaType), false);
-      Element("  ", "Notes", Raw(r.notes, &notes_));
-      Extras("  ", r.extra);
-    } else {
-      line_ = "C";
-      Field(", ", name);
-      Field(", ", Date(r.lastScanned));
-      Field(",", FormatNumber(r.totalSize));
-      Field(",", FormatNumber(r.freeSpace));
-      Field(",", std::to_string(r.numOfSubdirs));
-      Field(",", std::to_string(r.numOfFiles));
-      Field(",", std::to_string(r.mediaType));
-      Field(",", Raw(r.notes, &notes_));
-      Line(line_);
-    }
+    ExportDisc d;
+    d.id = r.id;
+    d.name = Raw(r.name, &name_);
+    d.notes = Raw(r.notes, &notes_);
+    d.extra = Raw(r.extra, &extra_);
+    d.lastScanned = r.lastScanned;
+    d.totalSize = r.totalSize;
+    d.freeSpace = r.freeSpace;
+    d.countOfDirs = r.numOfSubdirs;
+    d.countOfFiles = r.numOfFiles;
+    d.mediaType = r.mediaType;
+    d.category = r.category;
+    progress_.caption.assign(kExportingCaption);
+    TextCodec::Decode(ansi_ ? TextEncoding::kWindows1252 : TextEncoding::kUtf8, d.name, &shown_);
+    progress_.caption += shown_;
+    job_.Report(progress_);
+    writer_.Disc(d);
     for (classDir& dir = cd.GetDirFirst(); !dir.isEof(); cd.GetDirNext()) {
       Folder(dir);
-      if (hooks_.Cancelled()) return Status::Cancelled();
-      if (!out_.ok()) return Problem();
+      if (job_.StopRequested()) return Status::Cancelled();
+      if (!writer_.ok()) return writer_.End();
     }
-    if (xml_) Line("</Cd>");
+    writer_.EndDisc();
     return Problem();
-  }
-
-  void FullName(const TextRef& path, const TextRef& name) {
-    full_ = Raw(path, &path_);
-    if (full_.empty() || full_.back() != '\\') full_ += '\\';
-    full_ += Raw(name, &name_);
   }
 
   void Folder(classDir& dir) {
     const DirRecord& r = dir.record();
-    FullName(r.path, r.name);
-    const std::string date = f_.dirDate ? Date(r.date) : std::string();
-    const std::string size = f_.dirSize ? FormatNumber(r.size) : std::string();
-    const std::string& notes = f_.dirNotes ? Raw(r.notes, &notes_) : kEmpty;
-    if (xml_) {
-      Line("  <Directory>");
-      Element("    ", "Name", name_);
-      Element("    ", "FullName", full_);
-      Element("    ", "Date", date, false);
-      Element("    ", "Attr", std::to_string(r.attr), false);
-      Element("    ", "Size", size, false);
-      Element("    ", "CountOfDirs", std::to_string(r.countOfDirs), false);
-      Element("    ", "CountOfFiles", std::to_string(r.countOfFiles), false);
-      Element("    ", "CountOfFilesDirect", std::to_string(r.countOfFilesDirect), false);
-      Element("    ", "Notes", notes);
-      Extras("    ", r.extra);
-    } else {
-      line_ = "D";
-      Field(", ", name_);
-      Field(", ", full_);
-      Field(", ", date);
-      Field(",", std::to_string(r.attr));
-      Field(",", size);
-      Field(",", std::to_string(r.countOfDirs));
-      Field(",", std::to_string(r.countOfFiles));
-      Field(",", std::to_string(r.countOfFilesDirect));
-      Field(",", notes);
-      Line(line_);
-    }
-    if (f_.dirFiles) {
-      for (ClassFile& f = dir.GetFileFirst(); !f.isEof(); dir.GetFileNext()) {
-        File(f);
-        if (hooks_.Cancelled() || !out_.ok()) break;
+    ExportFolder f;
+    f.id = r.id;
+    f.name = Raw(r.name, &name_);
+    FullName(r.path, f.name);
+    f.fullName = full_;
+    f.notes = Raw(r.notes, &notes_);
+    f.extra = Raw(r.extra, &extra_);
+    f.date = r.date;
+    f.attr = r.attr;
+    f.size = r.size;
+    f.countOfDirs = r.countOfDirs;
+    f.countOfFiles = r.countOfFiles;
+    f.countOfFilesDirect = r.countOfFilesDirect;
+    writer_.Folder(f);
+    if (o_.fields.dirFiles) {
+      for (ClassFile& file = dir.GetFileFirst(); !file.isEof(); dir.GetFileNext()) {
+        File(file);
+        if (job_.StopRequested() || !writer_.ok()) break;
       }
     }
-    if (xml_) Line("  </Directory>");
+    writer_.EndFolder();
   }
 
-  void File(ClassFile& f) {
-    const FileRecord& r = f.record();
-    FullName(r.path, r.name);
-    const std::string date = f_.fileDates ? Date(r.date) : std::string();
-    const std::string size = f_.fileSizes ? FormatNumber(r.size) : std::string();
-    const std::string& notes = f_.fileNotes ? Raw(r.notes, &notes_) : kEmpty;
-    if (xml_) {
-      Line("    <File>");
-      Element("      ", "Name", name_);
-      Element("      ", "FullName", full_);
-      Element("      ", "Date", date, false);
-      Element("      ", "Attr", std::to_string(r.attr), false);
-      Element("      ", "Size", size, false);
-      Element("      ", "Notes", notes);
-      Extras("      ", r.extra);
-      Line("    </File>");
-    } else {
-      line_ = "F";
-      Field(", ", name_);
-      Field(", ", full_);
-      Field(", ", date);
-      Field(",", std::to_string(r.attr));
-      Field(",", size);
-      Field(",", notes);
-      Line(line_);
-    }
+  void File(ClassFile& file) {
+    const FileRecord& r = file.record();
+    ExportFile f;
+    f.id = r.id;
+    f.name = Raw(r.name, &name_);
+    FullName(r.path, f.name);
+    f.fullName = full_;
+    f.notes = Raw(r.notes, &notes_);
+    f.extra = Raw(r.extra, &extra_);
+    f.date = r.date;
+    f.attr = r.attr;
+    f.size = r.size;
+    writer_.File(f);
   }
-
-  inline static const std::string kEmpty;
 
   CatalogFile* file_;
-  OutputWriter& out_;
+  ExportWriter& writer_;
   const ExportOptions& o_;
-  const ExportFields& f_;
-  const CopyHooks& hooks_;
+  JobControl& job_;
   const bool ansi_;
-  const bool xml_;
-  std::string line_, name_, path_, full_, notes_, extra_, scratch_;
+  JobProgress progress_;
+  std::string name_, path_, full_, notes_, extra_, shown_;
 };
 
 }  // namespace
 
+std::string ExportDateText(double ole, bool ansi) {
+  std::string text = FormatGeneralDate(ole);
+  if (!ansi) return text;
+  std::string out;
+  TextCodec::Utf8ToWindows1252(text, &out);
+  return out;
+}
+
+std::string ExportExtraValue(std::string_view extra, int index) {
+  return extra.empty() ? std::string() : GetExtraValue(extra, kExtraT1 + index);
+}
+
+std::unique_ptr<ExportWriter> MakeExportWriter(ExportType type, OutputWriter& out,
+                                               const ExportFields& fields) {
+  switch (type) {
+    case ExportType::kDelimited:
+      return std::make_unique<CsvExportWriter>(out, fields);
+    case ExportType::kXml:
+      return std::make_unique<XmlExportWriter>(out, fields);
+  }
+  return nullptr;
+}
+
 ExportResult basExport(classData& data, const std::string& path, const ExportOptions& options,
-                       const CopyHooks& hooks) {
+                       JobControl& job) {
+  // The catalog is this thread's for the export's length.
+  CatalogFile::ThreadHandover handover(data.file());
   ExportResult result;
   if (!data.IsOpen()) {
     result.status = Status::InvalidArgument("no catalog is open");
@@ -353,7 +266,8 @@ ExportResult basExport(classData& data, const std::string& path, const ExportOpt
   if (options.type == ExportType::kXml) {
     result.stylesheetProblem = PlaceStylesheet(options.stylesheet, path);
   }
-  Exporter exporter(data, out, options, hooks);
+  const std::unique_ptr<ExportWriter> writer = MakeExportWriter(options.type, out, options.fields);
+  Exporter exporter(data, *writer, options, job);
   result.status = exporter.Run(ids);
   if (!result.status.ok()) {
     out.Abandon();

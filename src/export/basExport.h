@@ -14,7 +14,7 @@
 #include <string_view>
 #include <vector>
 
-#include "catalog/CatalogCopy.h"
+#include "catalog/JobControl.h"
 #include "catalog/Status.h"
 #include "catalog/classData.h"
 
@@ -57,12 +57,14 @@ struct ExportResult {
   std::string stylesheetProblem;
 };
 
-// Writes the export to path. An existing file of that name is replaced only
-// when the export completes: a cancelled (Cancelled) or failed export leaves
-// no partial file. A disc id that is not in the catalog is refused
-// (InvalidArgument) before anything is written.
+// Writes the export to path, as one job (JobControl: caption "Exporting : "
+// and the disc's name, value and maximum count discs). An existing file of
+// that name is replaced only when the export completes: a cancelled
+// (Cancelled) or failed export leaves no partial file. A disc id that is not
+// in the catalog is refused (InvalidArgument) before anything is written.
+// The catalog belongs to the calling thread for the export's length.
 ExportResult basExport(classData& data, const std::string& path, const ExportOptions& options,
-                       const CopyHooks& hooks = CopyHooks{});
+                       JobControl& job);
 
 // The XML escaping, in its order: "&", "<", ">", "'", the double quote (as
 // "&quote;") and, for Windows-1252 text (ansi), every byte from 128 to 255 as

@@ -9,17 +9,12 @@
 #include <string>
 #include <string_view>
 
+#include "catalog/Attributes.h"
 #include "catalog/Status.h"
 
 namespace gorvan {
 
 struct ArchiveMember {
-  // Attribute bits, the same values as the catalog's file attributes.
-  static constexpr uint32_t kReadOnly = 1;
-  static constexpr uint32_t kDirectory = 16;
-  static constexpr uint32_t kArchive = 32;
-  static constexpr uint32_t kReparsePoint = 1024;
-
   std::string name;  // last component of the member's path
   // The folders above the member inside the archive, joined with '\' as the
   // catalog stores paths; "" for a member at the archive's top level. Leading
@@ -31,10 +26,10 @@ struct ArchiveMember {
   int64_t packedSize = -1;  // stored bytes; -1 when the format does not say
   bool hasTime = false;
   int64_t mtime = 0;  // modification time, seconds since 1970 UTC (when hasTime)
-  uint32_t attributes = 0;
+  uint32_t attributes = 0;  // the catalog's attribute bits (catalog/Attributes.h)
   bool encrypted = false;  // the member's data is encrypted (its header is not)
 
-  bool IsDirectory() const { return (attributes & kDirectory) != 0; }
+  bool IsDirectory() const { return (attributes & kAttrDirectory) != 0; }
 };
 
 class ArchiveLister {

@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <cstring>
 
+#include "catalog/PosixIO.h"
 #include "catalog/TextCodec.h"
 
 namespace gorvan {
@@ -44,27 +45,12 @@ class Fd {
 
 // Reads exactly `size` bytes at `offset`; false on error or end of file.
 bool PreadAll(int fd, char* buf, std::size_t size, off_t offset) {
-  while (size > 0) {
-    ssize_t n = ::pread(fd, buf, size, offset);
-    if (n < 0 && errno == EINTR) continue;
-    if (n <= 0) return false;
-    buf += n;
-    size -= static_cast<std::size_t>(n);
-    offset += n;
-  }
-  return true;
+  size_t got = 0;
+  return ReadFully(fd, buf, size, offset, &got).ok() && got == size;
 }
 
 bool PwriteAll(int fd, const char* buf, std::size_t size, off_t offset) {
-  while (size > 0) {
-    ssize_t n = ::pwrite(fd, buf, size, offset);
-    if (n < 0 && errno == EINTR) continue;
-    if (n <= 0) return false;
-    buf += n;
-    size -= static_cast<std::size_t>(n);
-    offset += n;
-  }
-  return true;
+  return WriteFully(fd, buf, size, offset).ok();
 }
 
 // Opens a regular file; -1 for anything else. O_NONBLOCK keeps a FIFO named

@@ -6,6 +6,7 @@
 #include <unordered_map>
 #include <unordered_set>
 
+#include "catalog/Attributes.h"
 #include "catalog/ExtraData.h"
 #include "catalog/OleDate.h"
 #include "catalog/TextFormat.h"
@@ -131,12 +132,13 @@ Status CatalogSearch::Check(const SearchOptions& options) {
 
 Status CatalogSearch::DiscList(int32_t categoryId, std::vector<int32_t>* out) {
   out->clear();
-  state_.planned = 0;
+  state_.maximum = 0;
   std::unordered_set<int32_t> wanted;
   if (categoryId != 0) {
     std::unordered_map<int32_t, std::vector<int32_t>> children;
     bool found = false;
-    for (classCat& cat = data_.GetCatFirst(); !cat.isEof(); data_.GetCatNext()) {
+    classCat cat = data_.CatCursor();
+    for (cat.MoveFirst(); !cat.isEof(); cat.MoveNext()) {
       children[cat.GetCatParentId()].push_back(cat.GetCatId());
       found = found || cat.GetCatId() == categoryId;
     }
@@ -154,20 +156,22 @@ Status CatalogSearch::DiscList(int32_t categoryId, std::vector<int32_t>* out) {
       }
     }
   }
-  for (classCd& cd = data_.GetCdFirst(); !cd.isEof(); data_.GetCdNext()) {
+  classCd cd = data_.CdCursor();
+  for (cd.MoveFirst(); !cd.isEof(); cd.MoveNext()) {
     if (categoryId == 0 || wanted.count(cd.GetCdCategory()) != 0) {
       out->push_back(cd.GetCdId());
-      state_.planned += std::max(cd.GetCdNumOfFiles(), 0);
+      state_.maximum += std::max(cd.GetCdNumOfFiles(), 0);
     }
   }
   if (!data_.ok()) return data_.status();
   return Status::OK();
 }
 
-Status CatalogSearch::Run(const SearchOptions& options, const RowSink& onRow) {
-  state_ = SearchProgress{};
-  stop_.store(false, std::memory_order_relaxed);
+Status CatalogSearch::Run(const SearchOptions& options, const RowSink& onRow, JobControl& job) {
+  state_ = JobProgress{};
+  job_ = &job;
   if (Status s = Check(options); !s.ok()) return s;
+  if (job.StopRequested()) return Status::Cancelled("The search was stopped");
 
   std::vector<int32_t> discs;
   if (Status s = DiscList(options.categoryId, &discs); !s.ok()) return s;
@@ -214,22 +218,18 @@ Status CatalogSearch::Run(const SearchOptions& options, const RowSink& onRow) {
     if (!data_.ok()) break;
   }
   criteria_.ReleaseMatcher();
+  job.Final(state_);
 
   if (!data_.ok()) return data_.status();
   if (Stopped()) return Status::Cancelled("The search was stopped");
   return Status::OK();
 }
 
-void CatalogSearch::Step() {
-  ++state_.steps;
-  if (progress_) progress_(state_);
-}
-
 bool CatalogSearch::SearchDisc(Walk& w, classCd& cd) {
   const CdRecord& rec = cd.record();
   CatalogFile& file = *w.file;
   w.categoryId = rec.category;
-  w.audioDisc = classCd::TypeExt(rec.mediaType) == 105;
+  w.audioDisc = classCd::TypeExt(rec.mediaType) == kMediaAudioCd;
   file.ReadText(rec.name, &w.cdName);
 
   // The extra data is needed for an audio disc's name and for the extra field.

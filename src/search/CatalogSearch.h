@@ -20,18 +20,23 @@
 //            name: its name; path: ""; comments: its notes
 //            extra: its extra values "T1".."T6" joined by CR LF
 //
-// Stopping. RequestStop() may be called from another thread or a signal
-// handler. The flag is checked before every disc, folder, file and archive
-// entry; the walk then ends at once and every hit reported so far stands.
+// Stopping and progress: the search is one job (JobControl). The stop is
+// checked before every disc, folder, file and archive entry; the walk then
+// ends at once and every hit reported so far stands. A stop asked before Run
+// ends it at its first check. Progress (JobProgress): value the files and
+// archive entries reached, maximum the files the discs of the search say they
+// hold, hits.
 //
-// Not thread-safe apart from RequestStop(): one walk at a time.
+// Thread contract: the search walks with cursors of its own; while Run runs,
+// the catalog it was given belongs to the calling thread (a worker thread
+// reads through a reader of its own, see classData::OpenReader).
 
-#include <atomic>
 #include <cstdint>
 #include <functional>
 #include <string>
 #include <vector>
 
+#include "catalog/JobControl.h"
 #include "catalog/Status.h"
 #include "search/SearchCriteria.h"
 #include "search/SearchResult.h"
@@ -65,16 +70,9 @@ struct SearchOptions {
   int32_t categoryId = 0;
 };
 
-struct SearchProgress {
-  int64_t steps = 0;      // files and archive entries reached so far
-  int64_t planned = 0;    // the files the discs of the search say they hold
-  int64_t hits = 0;
-};
-
 class CatalogSearch {
  public:
   using RowSink = std::function<void(const SearchResult&)>;
-  using ProgressSink = std::function<void(const SearchProgress&)>;
 
   explicit CatalogSearch(classData& data);
   CatalogSearch(const CatalogSearch&) = delete;
@@ -85,26 +83,18 @@ class CatalogSearch {
   // something to search within" when no field option is set. OK otherwise.
   static Status Check(const SearchOptions& options);
 
-  // Called before each file and archive entry, as the form steps its progress
-  // indicator. The sink should be cheap; it may call RequestStop().
-  void SetProgress(ProgressSink sink) { progress_ = std::move(sink); }
-
   // Runs one search. Each hit is passed to onRow as it is found (the row is
   // reused: copy what must outlive the call); with onRow empty only hits()
   // counts them and no row is built.
   // On success returns OK. Returns InvalidArgument for a refused search
   // (Check), NotFound for a category id that is not in the catalog,
-  // Cancelled when RequestStop() ended the walk, and the catalog's
+  // Cancelled when the job's stop ended the walk, and the catalog's
   // Corruption or IOError when the file turned out damaged (the walk stops
   // there; hits reported before stay valid).
-  Status Run(const SearchOptions& options, const RowSink& onRow);
-
-  // Ends a running walk at its next check. Safe from a signal handler.
-  void RequestStop() { stop_.store(true, std::memory_order_relaxed); }
-  bool StopRequested() const { return stop_.load(std::memory_order_relaxed); }
+  Status Run(const SearchOptions& options, const RowSink& onRow, JobControl& job);
 
   int64_t hits() const { return state_.hits; }
-  int64_t steps() const { return state_.steps; }
+  int64_t steps() const { return state_.value; }
 
   // The discs a search visits, in visiting order: every disc for category 0,
   // else those filed under the category or any category below it. Fails
@@ -119,14 +109,16 @@ class CatalogSearch {
   bool SearchDisc(Walk& w, classCd& cd);
   bool SearchFolder(Walk& w, classCd& cd, classDir& dir);
   bool SearchFile(Walk& w, classCd& cd, classDir& dir, ClassFile& file, ClassFile* archive);
-  bool Stopped() const { return stop_.load(std::memory_order_relaxed); }
-  void Step();
+  bool Stopped() const { return job_->StopRequested(); }
+  void Step() {
+    ++state_.value;
+    if (job_->Due()) job_->Report(state_);
+  }
 
   classData& data_;
   SearchCriteria criteria_;
-  std::atomic<bool> stop_{false};
-  ProgressSink progress_;
-  SearchProgress state_;
+  JobControl* job_ = nullptr;
+  JobProgress state_;
 };
 
 }  // namespace gorvan

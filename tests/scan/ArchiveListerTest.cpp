@@ -146,7 +146,7 @@ TEST(ArchiveListerTest, ListingsAgreeWithZipinfoAndBsdtar) {
       EXPECT_EQ(m.packedSize, e.packed);
       ASSERT_TRUE(m.hasTime);
       EXPECT_EQ(isZip ? test::ZipinfoDate(m.mtime) : test::BsdtarDate(m.mtime), e.date);
-      EXPECT_EQ((m.attributes & ArchiveMember::kReadOnly) != 0, !e.writable);
+      EXPECT_EQ((m.attributes & kAttrReadOnly) != 0, !e.writable);
     }
   }
 }
@@ -168,7 +168,7 @@ TEST(ArchiveListerTest, EveryFormatListsTheSameTree) {
        -1},
       {"iso", [](struct archive* a) { return archive_write_set_format_iso9660(a) == ARCHIVE_OK; }, 0},
   };
-  const int a = ArchiveMember::kArchive, ro = a | ArchiveMember::kReadOnly;
+  const int a = kAttrArchive, ro = a | kAttrReadOnly;
   for (const Case& c : cases) {
     SCOPED_TRACE(c.label);
     const Listing l = List(Build(c.setup, kSampleTree));
@@ -198,10 +198,10 @@ TEST(ArchiveListerTest, NamesAreNormalisedButKeepTheirBytes) {
                                   {"caf\xE9/na\xEFve.txt", "x"}}));  // legacy 8-bit, not UTF-8
   ASSERT_TRUE(l.status.ok()) << l.status.message();
   const std::string t = std::to_string(test::kFixedTime) + "|";
-  const std::string file = std::to_string(ArchiveMember::kArchive) + "|";
+  const std::string file = std::to_string(kAttrArchive) + "|";
   EXPECT_EQ(l.Summary(), (std::vector<std::string>{
                              "a\\b|c.txt|1|" + t + file, "abs|file|1|" + t + file,
-                             "|link|0|" + t + std::to_string(ArchiveMember::kReparsePoint) + "|",
+                             "|link|0|" + t + std::to_string(kAttrReparsePoint) + "|",
                              "caf\xE9|na\xEFve.txt|1|" + t + file}));
   // A ZIP that marks its names as UTF-8.
   Entry utf8{"\u00E9t\u00E9/\u65E5\u672C.txt", "y"};

@@ -1,0 +1,74 @@
+#include "cli/TerminalJob.h"
+
+#include <pthread.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <ctime>
+
+#include "catalog/TextCodec.h"
+
+namespace gorvan::cli {
+
+TerminalJob::TerminalJob(bool quiet, Format format)
+    : format_(std::move(format)), show_(!quiet && ::isatty(STDERR_FILENO)) {
+  job_ = JobControl(stop_.get_token(),
+                    show_ ? JobControl::Sink([this](const JobProgress& p) { Draw(p); })
+                          : JobControl::Sink());
+  sigemptyset(&signals_);
+  sigaddset(&signals_, SIGINT);
+  sigaddset(&signals_, SIGTERM);
+  // Blocked here before the watcher starts, so the watcher inherits the mask
+  // and takes the signals with sigtimedwait.
+  pthread_sigmask(SIG_BLOCK, &signals_, &oldMask_);
+  watcher_ = std::thread([this] { Watch(); });
+}
+
+TerminalJob::~TerminalJob() {
+  done_ = true;
+  watcher_.join();
+  Clear();
+  pthread_sigmask(SIG_SETMASK, &oldMask_, nullptr);
+}
+
+void TerminalJob::Watch() {
+  const timespec tick{0, 50 * 1000 * 1000};
+  while (!done_) {
+    if (sigtimedwait(&signals_, nullptr, &tick) > 0) stop_.request_stop();
+  }
+}
+
+void TerminalJob::Draw(const JobProgress& p) {
+  const std::string line = format_ ? format_(p) : PercentLine(p);
+  if (line.empty()) return;
+  std::fprintf(stderr, "\r\033[K%s", line.c_str());
+  shown_ = true;
+}
+
+void TerminalJob::Clear() {
+  if (shown_) std::fputs("\r\033[K", stderr);
+  shown_ = false;
+}
+
+std::string TerminalJob::PercentLine(const JobProgress& p) {
+  std::string line;
+  if (p.maximum > 0) {
+    line = std::to_string(100 * p.value / p.maximum) + "%  ";
+    if (line.size() < 6) line.insert(0, 6 - line.size(), ' ');
+  }
+  return line + OneLine(p.caption, 60);
+}
+
+std::string OneLine(std::string_view text, size_t width) {
+  std::string line = TextCodec::ForDisplay(text);
+  for (char& c : line) {
+    if (c == '\n' || c == '\r' || c == '\t') c = ' ';
+  }
+  if (line.size() > width && width > 3) {
+    const size_t keep = width - 3;
+    line = line.substr(0, keep / 2) + "..." + line.substr(line.size() - (keep - keep / 2));
+  }
+  return line;
+}
+
+}  // namespace gorvan::cli
