@@ -39,7 +39,8 @@ long PeakMiB() {
 [[gnu::noinline]] int64_t WalkCatalog(gorvan::classData& data, size_t* nameBytes) {
   std::string name;
   int64_t names = 0;
-  for (gorvan::classCd& c = data.GetCdFirst(); !c.isEof(); data.GetCdNext()) {
+  gorvan::classCd c = data.CdCursor();
+  for (c.MoveFirst(); !c.isEof(); c.MoveNext()) {
     c.GetCdName(&name);
     for (gorvan::classDir& d = c.GetDirFirst(); !d.isEof(); c.GetDirNext()) {
       d.GetDirName(&name);
@@ -62,7 +63,8 @@ double WriteCatalog(const std::string& path, int folders, int64_t* bytes) {
   gorvan::classData data;
   if (!data.OpenFiles(path, false, true)) return -1;
   const auto start = Clock::now();
-  gorvan::classCd& cd = data.GetCdAppend();
+  gorvan::classCd cd = data.CdCursor();
+  data.GetCdAppend(cd);
   cd.SetCdName("Benchmark disc");
   std::string name;
   for (int d = 0; d < folders; ++d) {
@@ -81,7 +83,7 @@ double WriteCatalog(const std::string& path, int folders, int64_t* bytes) {
     dirRec.GetFileAppendFinish();
   }
   cd.GetDirAppendFinish();
-  if (!data.GetCdCommit()) return -1;
+  if (!data.GetCdCommit(cd)) return -1;
   const double secs = Seconds(start);
   *bytes = data.file()->Length();
   return secs;

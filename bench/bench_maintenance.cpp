@@ -62,7 +62,8 @@ void Build(const std::string& path, int discs, int folders, int files) {
     std::exit(1);
   }
   for (int c = 0; c < discs; ++c) {
-    gorvan::classCd& cd = data.GetCdAppend();
+    gorvan::classCd cd = data.CdCursor();
+    data.GetCdAppend(cd);
     cd.SetCdName("Backup disc " + std::to_string(c));
     cd.SetCdBasepath("/media/backup" + std::to_string(c));
     for (int d = 0; d < folders; ++d) {
@@ -87,10 +88,10 @@ void Build(const std::string& path, int discs, int folders, int files) {
     cd.setCdNumOfSubdirs(folders);
     cd.setCdNumOfFiles(folders * files);
     cd.GetDirAppendFinish();
-    data.GetCdCommit();
+    data.GetCdCommit(cd);
     // Garbage for the compaction.
-    data.GetCdGoto(cd.GetCdId()).SetCdNotes("first");
-    data.GetCdGoto(cd.GetCdId()).SetCdNotes("second and final");
+    cd.SetCdNotes("first");
+    cd.SetCdNotes("second and final");
   }
   data.Sync();
 }
@@ -125,7 +126,8 @@ int main(int argc, char** argv) {
     const Run k = InChild([&] {
       gorvan::classData data;
       if (!data.OpenFiles(catalog, false, false)) return 1;
-      return gorvan::CompactDataFiles(data, gorvan::CopyHooks{}).status.ok() ? 0 : 1;
+      gorvan::JobControl job;
+      return gorvan::CompactDataFiles(data, job).status.ok() ? 0 : 1;
     });
     if (k.seconds < compact.seconds) compact = k;
   }

@@ -62,9 +62,12 @@ double TimeScan(const std::string& tree, const std::string& catalog, int32_t* fi
   gorvan::classData data;
   if (!data.OpenFiles(catalog, false, true)) return -1;
   gorvan::ScanEngine engine(data);
-  std::string include = "*.*", exclude;
-  engine.SetVars(0, tree, "bench", "", "", 0, include, exclude, false, false, false, 0);
-  const int32_t id = engine.ScanCd();
+  gorvan::ScanSettings settings;
+  settings.path = tree;
+  settings.discName = "bench";
+  engine.SetVars(settings);
+  gorvan::JobControl job;
+  const int32_t id = engine.ScanCd(job);
   data.CloseFiles();
   const double secs = Seconds(t);
   if (id == 0) std::fprintf(stderr, "scan failed: %s\n", engine.status().message().c_str());

@@ -123,7 +123,8 @@ int main(int argc, char** argv) {
     gorvan::classData data;
     if (!data.OpenFiles(catalog, false, true)) return 1;
     std::ofstream list(names, std::ios::binary);
-    gorvan::classCd& cd = data.GetCdAppend();
+    gorvan::classCd cd = data.CdCursor();
+    data.GetCdAppend(cd);
     cd.SetCdName("Benchmark disc");
     list << "Benchmark disc\n";
     std::string name;
@@ -149,7 +150,7 @@ int main(int argc, char** argv) {
     }
     cd.setCdNumOfFiles(folders * filesPerFolder);
     cd.GetDirAppendFinish();
-    if (!data.GetCdCommit()) return 1;
+    if (!data.GetCdCommit(cd)) return 1;
     data.CloseFiles();
   }
   double secs = 0;
@@ -195,7 +196,8 @@ int main(int argc, char** argv) {
   o.text = "final";
   o.inNames = true;
   const Clock::time_point start = Clock::now();
-  search.Run(o, nullptr);
+  gorvan::JobControl job;
+  (void)search.Run(o, nullptr, job);
   std::printf("in-process walk, plain anywhere: %.3f s, %lld hits, %lld files stepped\n",
               Seconds(start), static_cast<long long>(search.hits()),
               static_cast<long long>(search.steps()));

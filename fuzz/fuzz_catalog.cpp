@@ -19,10 +19,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   }
   catalog.file()->ArmWalkBudget(4);
   std::string text;
-  for (gorvan::classCat& c = catalog.GetCatFirst(); !c.isEof(); catalog.GetCatNext()) {
+  gorvan::classCat c = catalog.CatCursor();
+  for (c.MoveFirst(); !c.isEof(); c.MoveNext()) {
     c.GetCategoryPathIncludingMine();
   }
-  for (gorvan::classCd& cd = catalog.GetCdFirst(); !cd.isEof(); catalog.GetCdNext()) {
+  gorvan::classCd cd = catalog.CdCursor();
+  for (cd.MoveFirst(); !cd.isEof(); cd.MoveNext()) {
     cd.GetCdName(true);
     cd.GetCdIconKey();
     for (gorvan::classDir& d = cd.GetDirFirst(); !d.isEof(); cd.GetDirNext()) {
@@ -37,6 +39,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   catalog.file()->ClearError();
   gorvan::CatalogCheck(catalog.file()).Run();
   gorvan::classData::PhysicalSize physical;
-  catalog.CalcPhysicalSize(&physical);
+  (void)catalog.CalcPhysicalSize(&physical);
   return 0;
 }

@@ -29,6 +29,10 @@ class CatalogCheck {
   // the check ends early (stopped()) with what it found so far.
   // The catalog belongs to the calling thread while the check runs.
   std::vector<std::string> Run(JobControl& job);
+  std::vector<std::string> Run() {
+    JobControl none;
+    return Run(none);
+  }
   bool stopped() const { return stopped_; }
   // Bytes that no live record accounts for (what compacting would reclaim).
   int64_t garbage() const { return file_->Length() - liveBytes_; }

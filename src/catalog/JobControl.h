@@ -43,13 +43,20 @@ struct JobProgress {
 class JobControl {
  public:
   using Sink = std::function<void(const JobProgress&)>;
-  static constexpr uint32_t kClockStride = 64;
-  static constexpr std::chrono::milliseconds kInterval{33};
+  // How often reports are due: the clock is read every `stride` steps and a
+  // report is due once `interval` has passed since the last one.
+  struct Pace {
+    uint32_t stride;
+    std::chrono::milliseconds interval;
+  };
+  static constexpr Pace kNormalPace{64, std::chrono::milliseconds(33)};
+  // Every step reports: for tests that act at an exact step.
+  static constexpr Pace kEveryStep{1, std::chrono::milliseconds(0)};
 
   // No cancel, no progress.
   JobControl() = default;
-  explicit JobControl(std::stop_token stop, Sink sink = {})
-      : stop_(std::move(stop)), sink_(std::move(sink)) {}
+  explicit JobControl(std::stop_token stop, Sink sink = {}, Pace pace = kNormalPace)
+      : stop_(std::move(stop)), sink_(std::move(sink)), pace_(pace) {}
 
   bool StopRequested() const { return stop_.stop_requested(); }
   const std::stop_token& token() const { return stop_; }
@@ -57,9 +64,9 @@ class JobControl {
 
   // True when a report is due now; cheap enough for every step of a walk.
   bool Due() {
-    if (!sink_ || ++calls_ % kClockStride != 0) return false;
+    if (!sink_ || ++calls_ % pace_.stride != 0) return false;
     const auto now = std::chrono::steady_clock::now();
-    if (now - last_ < kInterval) return false;
+    if (pace_.interval.count() > 0 && now - last_ < pace_.interval) return false;
     last_ = now;
     return true;
   }
@@ -75,6 +82,7 @@ class JobControl {
  private:
   std::stop_token stop_;
   Sink sink_;
+  Pace pace_ = kNormalPace;
   uint32_t calls_ = 0;
   std::chrono::steady_clock::time_point last_{};
 };

@@ -139,6 +139,10 @@ class classData {
   // and every disc and sets them against the file length. Cancelled when the
   // job's stop was asked.
   Status CalcPhysicalSize(PhysicalSize* out, JobControl& job);
+  Status CalcPhysicalSize(PhysicalSize* out) {
+    JobControl none;
+    return CalcPhysicalSize(out, none);
+  }
 
   // Header texts.
   std::string GetDataName() const { return Text(file_->header().name); }

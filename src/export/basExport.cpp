@@ -142,7 +142,7 @@ class Exporter {
     progress_.caption.assign(kExportingCaption);
     TextCodec::Decode(ansi_ ? TextEncoding::kWindows1252 : TextEncoding::kUtf8, d.name, &shown_);
     progress_.caption += shown_;
-    job_.Report(progress_);
+    if (job_.Due()) job_.Report(progress_);
     writer_.Disc(d);
     for (classDir& dir = cd.GetDirFirst(); !dir.isEof(); cd.GetDirNext()) {
       Folder(dir);

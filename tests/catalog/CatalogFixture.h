@@ -8,6 +8,7 @@
 #include <string>
 
 #include "catalog/classData.h"
+#include "support/CatalogCursors.h"
 #include "support/TempDir.h"
 
 namespace gorvan::test {
@@ -25,7 +26,7 @@ class CatalogTest : public ::testing::Test {
 
   // Appends and commits a disc with dirs folders of files files each; returns its id.
   int32_t AddDisc(const std::string& name, int dirs, int files, int32_t category = 0) {
-    classCd& cd = data_.GetCdAppend();
+    classCd& cd = cur_.NewDisc();
     cd.SetCdName(name);
     cd.SetCdLabel("LABEL");
     cd.setCdCategory(category);
@@ -47,20 +48,21 @@ class CatalogTest : public ::testing::Test {
     cd.setCdNumOfFiles(dirs * files);
     cd.GetDirAppendFinish();
     const int32_t id = cd.GetCdId();
-    EXPECT_TRUE(data_.GetCdCommit());
+    EXPECT_TRUE(cur_.CommitDisc());
     return id;
   }
 
   int32_t AddCategory(const std::string& name, int32_t parent = 0) {
-    classCat& cat = data_.GetCatAppend();
+    classCat& cat = cur_.NewCat();
     cat.SetCatName(name);
     cat.SetCatParentId(parent);
-    EXPECT_TRUE(data_.GetCatCommit());
+    EXPECT_TRUE(cur_.CommitCat());
     return cat.GetCatId();
   }
 
   TempDir dir_;
   classData data_;
+  CatalogCursors cur_{data_};
 };
 
 }  // namespace gorvan::test

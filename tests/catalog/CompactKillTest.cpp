@@ -26,7 +26,8 @@ class CompactKillTest : public CatalogTest {
     if (pid == 0) {
       classData data;
       if (!data.OpenFiles(Path(), false, false)) ::_exit(2);
-      const MaintenanceResult r = CompactDataFiles(data, CopyHooks{});
+      JobControl job;
+      const MaintenanceResult r = CompactDataFiles(data, job);
       ::_exit(r.status.ok() ? 0 : 1);
     }
     if (delayUs >= 0) {
@@ -46,8 +47,8 @@ TEST_F(CompactKillTest, TheCatalogNameAlwaysHoldsTheOldOrTheNewCatalog) {
   for (int i = 0; i < 12; ++i) {
     const int32_t id = AddDisc("disc " + std::to_string(i), 30, 60);
     // Garbage for the compaction to drop: a replaced text and a removed disc.
-    data_.GetCdGoto(id).SetCdNotes("n" + std::to_string(i));
-    data_.GetCdGoto(id).SetCdNotes("notes " + std::to_string(i));
+    cur_.Disc(id).SetCdNotes("n" + std::to_string(i));
+    cur_.Disc(id).SetCdNotes("notes " + std::to_string(i));
     if (i % 4 == 3) {
       ASSERT_TRUE(data_.GetCdDelete(id));
     }

@@ -12,9 +12,9 @@ using CursorTest = CatalogTest;
 
 TEST_F(CursorTest, EmptyChainsAreAtTheirEndAtOnce) {
   OpenCatalog();
-  EXPECT_TRUE(data_.GetCdFirst().isEof());
-  EXPECT_TRUE(data_.GetCatFirst().isEof());
-  classCd& cd = data_.GetCdAppend();
+  EXPECT_TRUE(cur_.FirstDisc().isEof());
+  EXPECT_TRUE(cur_.FirstCat().isEof());
+  classCd& cd = cur_.NewDisc();
   EXPECT_TRUE(cd.GetDirFirst().isEof());
   classDir& dir = cd.GetDirAppend();
   EXPECT_TRUE(dir.GetFileFirst().isEof());
@@ -24,7 +24,7 @@ TEST_F(CursorTest, EmptyChainsAreAtTheirEndAtOnce) {
 TEST_F(CursorTest, ALongDiscWalksInAppendOrderWithAllLinksSet) {
   OpenCatalog();
   const int32_t id = AddDisc("big", 30, 40);
-  classCd& cd = data_.GetCdGoto(id);
+  classCd& cd = cur_.Disc(id);
   EXPECT_EQ(cd.GetBytesUsed(),
             116 + 3 + 5 + 30 * (92 + 1) + (10 * 4 + 20 * 5) + 30 * (40 * 80) +
                 30 * (10 * 9 + 30 * 10));
@@ -54,7 +54,7 @@ TEST_F(CursorTest, ALongDiscWalksInAppendOrderWithAllLinksSet) {
 TEST_F(CursorTest, ReCalculateLinksRepairsPreviousLinks) {
   OpenCatalog();
   const int32_t id = AddDisc("d", 4, 0);
-  classDir& dir = data_.GetCdGoto(id).GetDirFirst();
+  classDir& dir = cur_.Disc(id).GetDirFirst();
   std::vector<int32_t> ids;
   for (; !dir.isEof(); dir.MoveNext()) ids.push_back(dir.GetDirId());
   for (int32_t d : ids) {
@@ -62,8 +62,8 @@ TEST_F(CursorTest, ReCalculateLinksRepairsPreviousLinks) {
     dir.record().prev = 12345;
     dir.recordWrite();
   }
-  data_.GetCdGoto(id).SetDefaultCdRec();
-  ASSERT_TRUE(data_.GetCdGoto(id).dirs().ReCalculateLinks());
+  cur_.Disc(id).SetDefaultCdRec();
+  ASSERT_TRUE(cur_.Disc(id).dirs().ReCalculateLinks());
   for (size_t i = 0; i < ids.size(); ++i) {
     dir.recordGet(ids[i]);
     EXPECT_EQ(dir.GetDirPrevId(), i == 0 ? 0 : ids[i - 1]);
@@ -72,7 +72,7 @@ TEST_F(CursorTest, ReCalculateLinksRepairsPreviousLinks) {
 
 TEST_F(CursorTest, ArchiveMembersChainUnderTheirFileAndCountForTheDisc) {
   OpenCatalog();
-  classCd& cd = data_.GetCdAppend();
+  classCd& cd = cur_.NewDisc();
   classDir& dir = cd.GetDirAppend();
   dir.GetFileAppendStart();
   ClassFile& zip = dir.GetFileAppend();
@@ -84,10 +84,10 @@ TEST_F(CursorTest, ArchiveMembersChainUnderTheirFileAndCountForTheDisc) {
   dir.GetFileAppend().SetFileName("b");
   ASSERT_TRUE(dir.GetFileAppendFinish());
   ASSERT_TRUE(cd.GetDirAppendFinish());
-  ASSERT_TRUE(data_.GetCdCommit());
+  ASSERT_TRUE(cur_.CommitDisc());
   EXPECT_EQ(cd.GetBytesUsed(), 116 + 92 + 4 * 80 + 5 + 1 + 2 + 1);
 
-  ClassFile& f = data_.GetCdFirst().GetDirFirst().GetFileFirst();
+  ClassFile& f = cur_.FirstDisc().GetDirFirst().GetFileFirst();
   ASSERT_TRUE(f.IsArchive());
   std::vector<std::string> names;
   for (ClassFile& m = f.GetZipFirst(); !m.isEof(); f.GetZipNext()) names.push_back(m.GetFileName());
@@ -97,7 +97,7 @@ TEST_F(CursorTest, ArchiveMembersChainUnderTheirFileAndCountForTheDisc) {
   // Removing a member takes its bytes off the disc and keeps the chain sound.
   const int32_t second = f.GetZipFirst().GetFileNextId();
   ASSERT_TRUE(f.GetZipRemove(second));
-  EXPECT_EQ(data_.GetCdFirst().GetBytesUsed(), 116 + 92 + 3 * 80 + 5 + 1 + 1);
+  EXPECT_EQ(cur_.FirstDisc().GetBytesUsed(), 116 + 92 + 3 * 80 + 5 + 1 + 1);
   EXPECT_TRUE(CatalogCheck(data_.file()).Run().empty());
 }
 
@@ -108,16 +108,16 @@ TEST_F(CursorTest, UnlinkingDiscsKeepsTheHeaderChainSound) {
   const int32_t c = AddDisc("c", 1, 1);
   ASSERT_TRUE(data_.GetCdDelete(b));
   std::vector<int32_t> ids;
-  for (classCd& cd = data_.GetCdFirst(); !cd.isEof(); data_.GetCdNext()) ids.push_back(cd.GetCdId());
+  for (classCd& cd = cur_.FirstDisc(); !cd.isEof(); cur_.NextDisc()) ids.push_back(cd.GetCdId());
   EXPECT_EQ(ids, (std::vector<int32_t>{a, c}));
-  EXPECT_EQ(data_.GetCdGoto(c).CdGetPrevRecord(), a);
+  EXPECT_EQ(cur_.Disc(c).CdGetPrevRecord(), a);
   ASSERT_TRUE(data_.GetCdDelete(a));
   ASSERT_TRUE(data_.GetCdDelete(c));
   EXPECT_EQ(data_.GetTableHeader().firstCd, 0);
   EXPECT_EQ(data_.GetTableHeader().lastCd, 0);
   EXPECT_EQ(data_.GetCdCount(), 0);
   classData::PhysicalSize size;
-  data_.CalcPhysicalSize(&size);
+  ASSERT_TRUE(data_.CalcPhysicalSize(&size).ok());
   EXPECT_EQ(size.bytesUsed, 124);
   EXPECT_TRUE(CatalogCheck(data_.file()).Run().empty());
 }
@@ -134,7 +134,7 @@ TEST_F(CursorTest, UnlinkingTheOnlyCategoryEmptiesTheChain) {
 TEST_F(CursorTest, DeletingAFolderTakesItsFilesBytesOffTheDisc) {
   OpenCatalog();
   const int32_t id = AddDisc("d", 2, 3);
-  classCd& cd = data_.GetCdGoto(id);
+  classCd& cd = cur_.Disc(id);
   const int32_t first = cd.record().firstDir;
   ASSERT_TRUE(cd.GetDirRemove(first));
   EXPECT_NE(cd.record().firstDir, first);
@@ -144,16 +144,16 @@ TEST_F(CursorTest, DeletingAFolderTakesItsFilesBytesOffTheDisc) {
 TEST_F(CursorTest, AFileAddedAfterTheScanCountsForItsDisc) {
   OpenCatalog();
   const int32_t id = AddDisc("d", 1, 2);
-  const int32_t before = data_.GetCdGoto(id).GetBytesUsed();
-  classDir& dir = data_.GetCdGoto(id).GetDirFirst();
+  const int32_t before = cur_.Disc(id).GetBytesUsed();
+  classDir& dir = cur_.Disc(id).GetDirFirst();
   dir.GetFileFirst();  // binds the folder's chain
   FileRecord fields;
   fields.size = 5;
   ASSERT_NE(dir.files().AppendFile(fields, {.name = "late.txt"}), 0);
   ASSERT_TRUE(dir.GetFileAppendFinish());
-  EXPECT_EQ(data_.GetCdGoto(id).GetBytesUsed(), before + 80 + 8);
+  EXPECT_EQ(cur_.Disc(id).GetBytesUsed(), before + 80 + 8);
   std::vector<std::string> names;
-  classDir& again = data_.GetCdGoto(id).GetDirFirst();
+  classDir& again = cur_.Disc(id).GetDirFirst();
   for (ClassFile& f = again.GetFileFirst(); !f.isEof(); again.GetFileNext()) names.push_back(f.GetFileName());
   EXPECT_EQ(names, (std::vector<std::string>{"file0.txt", "file1.txt", "late.txt"}));
   const std::vector<std::string> problems = CatalogCheck(data_.file()).Run();
@@ -162,7 +162,7 @@ TEST_F(CursorTest, AFileAddedAfterTheScanCountsForItsDisc) {
 
 TEST_F(CursorTest, NamesForDisplay) {
   OpenCatalog();
-  classCd& cd = data_.GetCdAppend();
+  classCd& cd = cur_.NewDisc();
   cd.SetCdName("Album");
   EXPECT_EQ(cd.GetCdName(true), "Album") << "no artist: the plain name";
   cd.SetCdExtra("AAKind of Blue|`|AR");
@@ -183,7 +183,7 @@ TEST_F(CursorTest, NamesForDisplay) {
 
 TEST_F(CursorTest, IconKeysFallBackToTheMediaType) {
   OpenCatalog();
-  classCd& cd = data_.GetCdAppend();
+  classCd& cd = cur_.NewDisc();
   cd.setCdMediaType(5);
   cd.setCdIconKey("no such icon");
   EXPECT_EQ(cd.GetCdIconKey(), "cdrom");
@@ -205,14 +205,14 @@ TEST_F(CursorTest, CategoryPathsAndPushPop) {
   const int32_t top = AddCategory("Music");
   const int32_t mid = AddCategory("Jazz", top);
   const int32_t leaf = AddCategory("Bop", mid);
-  classCat& cat = data_.GetCatGoto(leaf);
+  classCat& cat = cur_.Cat(leaf);
   EXPECT_EQ(cat.GetCategoryPath(), "Music\\Jazz");
   EXPECT_EQ(cat.GetCategoryPathIncludingMine(), "Music\\Jazz\\Bop");
   EXPECT_EQ(cat.GetCatId(), leaf) << "the walk up returns to where it began";
-  EXPECT_EQ(data_.GetCatGoto(top).GetCategoryPath(), "");
+  EXPECT_EQ(cur_.Cat(top).GetCategoryPath(), "");
   // A loop in the parents does not hang.
-  data_.GetCatGoto(top).SetCatParentId(leaf);
-  EXPECT_FALSE(data_.GetCatGoto(leaf).GetCategoryPath().empty());
+  cur_.Cat(top).SetCatParentId(leaf);
+  EXPECT_FALSE(cur_.Cat(leaf).GetCategoryPath().empty());
 }
 
 }  // namespace

@@ -19,7 +19,7 @@ class DamageTest : public CatalogTest {
     AddCategory("c");
     disc_ = AddDisc("one", 3, 4);
     AddDisc("two", 2, 2);
-    classCd& cd = data_.GetCdGoto(disc_);
+    classCd& cd = cur_.Disc(disc_);
     dir_ = cd.record().firstDir;
     file_ = cd.GetDirFirst().record().firstFile;
     data_.CloseFiles();
@@ -36,7 +36,8 @@ class DamageTest : public CatalogTest {
     classData data;
     *opened = data.OpenFiles(Path(), false, true);
     if (!*opened) return {};
-    for (classCd& cd = data.GetCdFirst(); !cd.isEof(); data.GetCdNext()) {
+    classCd cd = data.CdCursor();
+    for (cd.MoveFirst(); !cd.isEof(); cd.MoveNext()) {
       cd.GetCdName();
       for (classDir& d = cd.GetDirFirst(); !d.isEof(); cd.GetDirNext()) {
         for (ClassFile& f = d.GetFileFirst(); !f.isEof(); d.GetFileNext()) f.GetFileName();
@@ -151,13 +152,14 @@ TEST_F(DamageTest, WalksPastTheBudgetEndWithTheDataFileError) {
   classData data;
   ASSERT_TRUE(data.OpenFiles(Path(), false, true));
   data.file()->ArmWalkBudget(0);  // nothing left: the first load ends the walk
-  EXPECT_TRUE(data.GetCdFirst().isEof());
+  EXPECT_TRUE(CatalogCursors(data).FirstDisc().isEof());
   EXPECT_TRUE(data.status().IsCorruption());
 
   ASSERT_TRUE(data.OpenFiles(Path(), false, true));
   data.file()->ArmWalkBudget(1);
   int64_t loads = 0;
-  for (classCd& cd = data.GetCdFirst(); !cd.isEof(); data.GetCdNext()) {
+  classCd cd = data.CdCursor();
+    for (cd.MoveFirst(); !cd.isEof(); cd.MoveNext()) {
     for (int round = 0; round < 1000 && data.ok(); ++round) {
       for (classDir& d = cd.GetDirFirst(); !d.isEof(); cd.GetDirNext()) ++loads;
     }

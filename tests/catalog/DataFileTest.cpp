@@ -94,14 +94,15 @@ TEST(DataFileTest, AFullDiskDuringADiscLeavesItUnlinkedAndTheCatalogSound) {
   classData data;
   ASSERT_TRUE(data.OpenWith(std::make_unique<FullDiskFile>(&disk, before.size() + 3000), "mem",
                             true, false, true));
-  classCd& cd = data.GetCdAppend();
+  classCd cd = data.CdCursor();
+  data.GetCdAppend(cd);
   cd.SetCdName("too big");
   classDir& d = cd.GetDirAppend();
   d.GetFileAppendStart();
   for (int i = 0; i < 100; ++i) d.GetFileAppend().SetFileName("file");
   d.GetFileAppendFinish();
   cd.GetDirAppendFinish();
-  EXPECT_FALSE(data.GetCdCommit());
+  EXPECT_FALSE(data.GetCdCommit(cd));
   EXPECT_TRUE(data.status().IsIOError());
   data.CloseFiles();
 

@@ -96,11 +96,11 @@ TEST_F(ForeignCatalogTest, ReadsInBothEncodings) {
     ASSERT_TRUE(data_.OpenFiles(Path(), true, true)) << data_.GetErrorText();
     EXPECT_EQ(data_.VersionRevision(), 4321);
     EXPECT_EQ(data_.GetDataName(), "Old catalog");
-    classCd& cd = data_.GetCdFirst();
+    classCd& cd = cur_.FirstDisc();
     ASSERT_FALSE(cd.isEof());
     EXPECT_EQ(cd.GetCdName(), "Am\xC3\xA9lie");
     EXPECT_EQ(cd.GetCdIconKey(), "cdrom");
-    EXPECT_EQ(data_.GetCatGoto(cd.GetCdCategory()).GetCatName(), "Films");
+    EXPECT_EQ(cur_.Cat(cd.GetCdCategory()).GetCatName(), "Films");
     classDir& dir = cd.GetDirFirst();
     EXPECT_EQ(dir.GetDirFullName(), "\\VIDEO_TS");
     ClassFile& file = dir.GetFileFirst();

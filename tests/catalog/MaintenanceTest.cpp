@@ -53,12 +53,12 @@ class MaintenanceTest : public CatalogTest {
     const int32_t music = AddCategory("Music");
     const int32_t jazz = AddCategory("Jazz", music);
     const int32_t films = AddCategory("Films");
-    data_.GetCatGoto(music).SetCatParentId(films);
-    data_.GetCatGoto(films).SetCatNotes("moving pictures");
+    cur_.Cat(music).SetCatParentId(films);
+    cur_.Cat(films).SetCatNotes("moving pictures");
     AddDisc("Disc, one", 2, 3, jazz);
     ASSERT_TRUE(data_.GetCdDelete(AddDisc("Gone", 1, 2)));
 
-    classCd& cd = data_.GetCdAppend();
+    classCd& cd = cur_.NewDisc();
     cd.SetCdName("Zips");
     cd.setCdCategory(films);
     cd.setCdTotalSize(1.5e15);
@@ -85,9 +85,9 @@ class MaintenanceTest : public CatalogTest {
     cd.setCdNumOfSubdirs(1);
     cd.setCdNumOfFiles(2);
     cd.GetDirAppendFinish();
-    ASSERT_TRUE(data_.GetCdCommit());
+    ASSERT_TRUE(cur_.CommitDisc());
 
-    classCd& first = data_.GetCdFirst();
+    classCd& first = cur_.FirstDisc();
     first.SetCdNotes("first notes");
     first.SetCdNotes("line one\r\nline two");
     first.SetCdExtra("T1first|`|T2second");
@@ -96,11 +96,12 @@ class MaintenanceTest : public CatalogTest {
 
   int64_t Garbage(classData& d) {
     classData::PhysicalSize size;
-    EXPECT_TRUE(d.CalcPhysicalSize(&size));
+    EXPECT_TRUE(d.CalcPhysicalSize(&size).ok());
     return size.garbage;
   }
 
-  CopyHooks hooks_;
+  JobControl job_;
+  FileOpener open_;
 };
 
 TEST_F(MaintenanceTest, BackupAndCompactionKeepTheLiveContentWithoutGarbage) {
@@ -110,11 +111,16 @@ TEST_F(MaintenanceTest, BackupAndCompactionKeepTheLiveContentWithoutGarbage) {
   const std::string before = LiveContent(data_);
   std::vector<std::string> captions;
   int64_t range = 0, last = 0;
-  hooks_.setRange = [&](int64_t r) { range = r; };
-  hooks_.setValue = [&](int64_t v) { last = v; };
-  hooks_.setCaption = [&](const std::string& c) { captions.push_back(c); };
+  std::stop_source never;
+  job_ = JobControl(never.get_token(), [&](const JobProgress& p) {
+    range = p.maximum;
+    last = p.value;
+    if (!p.caption.empty() && (captions.empty() || captions.back() != p.caption)) {
+      captions.push_back(p.caption);
+    }
+  }, JobControl::kEveryStep);
 
-  const MaintenanceResult r = BackupDataFiles(data_, Path("copy.cd"), hooks_);
+  const MaintenanceResult r = BackupDataFiles(data_, Path("copy.cd"), job_);
   ASSERT_TRUE(r.status.ok()) << r.message;
   EXPECT_EQ(r.message, "Data Backup Successful");
   EXPECT_EQ(data_.GetDataFileName(), Path()) << "a backup leaves the open catalog open";
@@ -141,7 +147,7 @@ TEST_F(MaintenanceTest, BackupAndCompactionKeepTheLiveContentWithoutGarbage) {
   // A compaction keeps the content in place, the old catalog becoming test.bak.
   const std::string original = ReadFileBytes(Path());
   ASSERT_EQ(::chmod(Path().c_str(), 0600), 0);
-  const MaintenanceResult c = CompactDataFiles(data_, hooks_);
+  const MaintenanceResult c = CompactDataFiles(data_, job_);
   ASSERT_TRUE(c.status.ok()) << c.message;
   EXPECT_EQ(c.message, "Data Compaction Successful");
   ASSERT_TRUE(data_.IsOpen());
@@ -157,7 +163,7 @@ TEST_F(MaintenanceTest, BackupAndCompactionKeepTheLiveContentWithoutGarbage) {
   AddDisc("Later", 1, 1);
   ASSERT_TRUE(data_.Flush());
   const std::string second = ReadFileBytes(Path());
-  ASSERT_TRUE(CompactDataFiles(data_, hooks_).status.ok());
+  ASSERT_TRUE(CompactDataFiles(data_, job_).status.ok());
   EXPECT_EQ(ReadFileBytes(Path("test.bak")), second);
   EXPECT_EQ(data_.GetCdCount(), 3);
 }
@@ -166,19 +172,19 @@ TEST_F(MaintenanceTest, AnEmptyCatalogCompactsToItsTextsAndIsRefusedAsItsOwnTarg
   OpenCatalog();
   data_.SetDataName("Empty one");
   data_.SetDataNotes("n");
-  ASSERT_TRUE(CompactDataFiles(data_, hooks_).status.ok());
+  ASSERT_TRUE(CompactDataFiles(data_, job_).status.ok());
   const std::string compacted = ReadFileBytes(Path());
   EXPECT_EQ(compacted.size(), HeaderRecord::kSize + 9 + 1);
   EXPECT_EQ(data_.GetDataName(), "Empty one");
 
-  MaintenanceResult r = BackupDataFiles(data_, Path(), hooks_);
+  MaintenanceResult r = BackupDataFiles(data_, Path(), job_);
   EXPECT_TRUE(r.status.IsInvalidArgument());
   EXPECT_EQ(r.message, "Cannot backup to the current data file!!");
   // Another name for the same file is the same file.
   ASSERT_EQ(::link(Path().c_str(), Path("alias.cd").c_str()), 0);
-  r = SaveAsDataFiles(data_, Path("alias.cd"), hooks_);
+  r = SaveAsDataFiles(data_, Path("alias.cd"), job_);
   EXPECT_EQ(r.message, "Cannot save to the current data file!!");
-  r = MergeExistingCatalog(data_, Path("alias.cd"), hooks_);
+  r = MergeExistingCatalog(data_, Path("alias.cd"), job_);
   EXPECT_EQ(r.message, "Cannot merge the current data file into itself!!");
   EXPECT_EQ(ReadFileBytes(Path()), compacted);
   EXPECT_EQ(data_.GetDataFileName(), Path());
@@ -189,27 +195,27 @@ TEST_F(MaintenanceTest, MergeTranslatesIdsAndEncodingsAndSaveAsKeepsTheCodePage)
   OpenCatalog("other.cd", TextEncoding::kWindows1252);
   const int32_t child = AddCategory("R\xC3\xA9sum\xC3\xA9s");
   const int32_t papers = AddCategory("Papers");
-  data_.GetCatGoto(child).SetCatParentId(papers);
+  cur_.Cat(child).SetCatParentId(papers);
   AddDisc("Caf\xC3\xA9 \xE2\x82\xAC", 0, 0, child);  // "Café €": 0xE9 and 0x80 there
   data_.CloseFiles();
   const std::string otherBytes = ReadFileBytes(Path("other.cd"));
   OpenCatalog();
   AddCategory("Mine");
   AddDisc("Existing", 1, 1);
-  MaintenanceResult r = MergeExistingCatalog(data_, Path("other.cd"), hooks_);
+  MaintenanceResult r = MergeExistingCatalog(data_, Path("other.cd"), job_);
   ASSERT_TRUE(r.status.ok()) << r.message;
   EXPECT_EQ(r.message, "Data Merge Successful");
   EXPECT_EQ(r.warnings, 0u);
   EXPECT_EQ(data_.GetCatCount(), 3);
   EXPECT_EQ(data_.GetCdCount(), 2);
-  EXPECT_EQ(data_.GetCdFirst().GetCdName(), "Existing");
-  classCd& merged = data_.GetCdNext();
+  EXPECT_EQ(cur_.FirstDisc().GetCdName(), "Existing");
+  classCd& merged = cur_.NextDisc();
   std::string raw;
   ASSERT_TRUE(data_.file()->ReadRawText(merged.record().name, &raw));
   EXPECT_EQ(raw, "Caf\xC3\xA9 \xE2\x82\xAC") << "converted to the open catalog's UTF-8";
-  classCat& cat = data_.GetCatGoto(merged.GetCdCategory());
+  classCat& cat = cur_.Cat(merged.GetCdCategory());
   EXPECT_EQ(cat.GetCatName(), "R\xC3\xA9sum\xC3\xA9s");
-  EXPECT_EQ(data_.GetCatGoto(cat.GetCatParentId()).GetCatName(), "Papers");
+  EXPECT_EQ(cur_.Cat(cat.GetCatParentId()).GetCatName(), "Papers");
   EXPECT_TRUE(CatalogCheck(data_.file()).Run().empty());
   EXPECT_EQ(ReadFileBytes(Path("other.cd")).size(), otherBytes.size()) << "merge only reads it";
 
@@ -217,19 +223,19 @@ TEST_F(MaintenanceTest, MergeTranslatesIdsAndEncodingsAndSaveAsKeepsTheCodePage)
   AddDisc("\xE6\x97\xA5\xE6\x9C\xAC caf\xC3\xA9", 0, 0);  // two CJK characters
   data_.CloseFiles();
   OpenCatalog("ansi.cd", TextEncoding::kWindows1252);
-  r = MergeExistingCatalog(data_, Path(), hooks_);
+  r = MergeExistingCatalog(data_, Path(), job_);
   ASSERT_TRUE(r.status.ok()) << r.message;
   EXPECT_EQ(r.warnings, 2u);
   EXPECT_NE(LiveContent(data_).find("\nC|?? caf\xC3\xA9|"), std::string::npos);
 
   // Save as goes on with the new file, byte for byte in the same code page.
   const std::string before = LiveContent(data_);
-  ASSERT_TRUE(SaveAsDataFiles(data_, Path("ansi2.cd"), hooks_).status.ok());
+  ASSERT_TRUE(SaveAsDataFiles(data_, Path("ansi2.cd"), job_).status.ok());
   EXPECT_EQ(data_.GetDataFileName(), Path("ansi2.cd"));
   EXPECT_EQ(data_.GetEncoding(), TextEncoding::kWindows1252);
   EXPECT_EQ(LiveContent(data_), before);
-  data_.GetCdFirst();
-  ASSERT_TRUE(data_.file()->ReadRawText(data_.GetCdNext().record().name, &raw));
+  cur_.FirstDisc();
+  ASSERT_TRUE(data_.file()->ReadRawText(cur_.NextDisc().record().name, &raw));
   EXPECT_EQ(raw, "Caf\xE9 \x80");
 }
 
@@ -246,28 +252,31 @@ TEST_F(MaintenanceTest, AFullDiskOrCancelLeavesEveryCatalogAsItWas) {
     EXPECT_EQ(LiveContent(data_), content);
   };
   for (size_t room : {size_t{0}, size_t{200}, size_t{1000}}) {
-    hooks_.openFile = [room](const std::string&, std::unique_ptr<FileIO>* out) {
+    open_ = [room](const std::string&, std::unique_ptr<FileIO>* out) {
       *out = std::make_unique<FullDiskFile>(room);
       return Status::OK();
     };
-    const MaintenanceResult r = CompactDataFiles(data_, hooks_);
+    const MaintenanceResult r = CompactDataFiles(data_, job_, open_);
     EXPECT_TRUE(r.status.IsIOError()) << room;
     EXPECT_NE(r.message.find("Data Compaction Failed!!"), std::string::npos);
     EXPECT_NE(r.message.find("No space left on device"), std::string::npos) << r.message;
     unchanged();
   }
 
-  hooks_ = CopyHooks{};
-  std::atomic<bool> cancel{false};
-  hooks_.cancel = &cancel;
   // Cancel in the middle of the first disc's folders.
-  hooks_.setValue = [&](int64_t v) { cancel = cancel || v == 4; };
+  std::optional<std::stop_source> stop;
+  auto cancelAt4 = [&] {
+    stop.emplace();
+    job_ = JobControl(stop->get_token(), [&](const JobProgress& p) {
+      if (p.value == 4) stop->request_stop();
+    }, JobControl::kEveryStep);
+  };
   const std::pair<std::string, std::function<MaintenanceResult()>> runs[] = {
-      {"Data Compaction Cancelled", [&] { return CompactDataFiles(data_, hooks_); }},
-      {"Data Backup Cancelled", [&] { return BackupDataFiles(data_, Path("b.cd"), hooks_); }},
-      {"Data SaveAs Cancelled", [&] { return SaveAsDataFiles(data_, Path("s.cd"), hooks_); }}};
+      {"Data Compaction Cancelled", [&] { return CompactDataFiles(data_, job_); }},
+      {"Data Backup Cancelled", [&] { return BackupDataFiles(data_, Path("b.cd"), job_); }},
+      {"Data SaveAs Cancelled", [&] { return SaveAsDataFiles(data_, Path("s.cd"), job_); }}};
   for (const auto& [message, run] : runs) {
-    cancel = false;
+    cancelAt4();
     const MaintenanceResult r = run();
     EXPECT_TRUE(r.status.IsCancelled()) << message;
     EXPECT_EQ(r.message, message);
@@ -278,10 +287,11 @@ TEST_F(MaintenanceTest, AFullDiskOrCancelLeavesEveryCatalogAsItWas) {
 
   // A cancelled merge takes back what it had added, once the source's password
   // ("secret", carried by the backup) is given.
-  cancel = false;
-  ASSERT_TRUE(BackupDataFiles(data_, Path("src.cd"), CopyHooks{}).status.ok());
+  JobControl plain;
+  ASSERT_TRUE(BackupDataFiles(data_, Path("src.cd"), plain).status.ok());
   auto merge = [&](const std::string& password) {
-    return MergeExistingCatalog(data_, Path("src.cd"), hooks_,
+    cancelAt4();
+    return MergeExistingCatalog(data_, Path("src.cd"), job_,
                                 [&](const std::string& current) { return current == password; });
   };
   EXPECT_TRUE(merge("wrong").status.IsRefused());
@@ -297,7 +307,7 @@ TEST_F(MaintenanceTest, AFullDiskOrCancelLeavesEveryCatalogAsItWas) {
 TEST_F(MaintenanceTest, ADamagedSourceIsNeverPutInPlace) {
   OpenCatalog();
   Fill();
-  const int32_t dirId = data_.GetCdFirst().record().firstDir;
+  const int32_t dirId = cur_.FirstDisc().record().firstDir;
   data_.CloseFiles();
   // Break the next link of the first folder of the first disc.
   std::string bytes = ReadFileBytes(Path());
@@ -306,7 +316,7 @@ TEST_F(MaintenanceTest, ADamagedSourceIsNeverPutInPlace) {
   ASSERT_TRUE(WriteFileBytes(Path(), bytes));
   ASSERT_TRUE(data_.OpenFiles(Path(), false, false));
   const std::string before = ReadFileBytes(Path());
-  const MaintenanceResult r = CompactDataFiles(data_, hooks_);
+  const MaintenanceResult r = CompactDataFiles(data_, job_);
   EXPECT_TRUE(r.status.IsCorruption()) << r.message;
   EXPECT_EQ(ReadFileBytes(Path()), before);
   EXPECT_FALSE(Exists(Path(kTempCatalogName)));

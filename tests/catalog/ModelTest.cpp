@@ -35,7 +35,8 @@ std::string RandomName(std::mt19937& rng) {
 
 void Verify(classData& data, const Model& model) {
   std::vector<int32_t> ids;
-  for (classCd& cd = data.GetCdFirst(); !cd.isEof(); data.GetCdNext()) {
+  classCd cd = data.CdCursor();
+    for (cd.MoveFirst(); !cd.isEof(); cd.MoveNext()) {
     ids.push_back(cd.GetCdId());
     auto it = model.discs.find(cd.GetCdId());
     ASSERT_NE(it, model.discs.end());
@@ -57,7 +58,8 @@ void Verify(classData& data, const Model& model) {
   EXPECT_EQ(ids.size(), model.discs.size());
   EXPECT_EQ(data.GetCdCount(), static_cast<int32_t>(model.discs.size()));
   size_t cats = 0;
-  for (classCat& c = data.GetCatFirst(); !c.isEof(); data.GetCatNext(), ++cats) {
+  classCat c = data.CatCursor();
+  for (c.MoveFirst(); !c.isEof(); c.MoveNext(), ++cats) {
     auto it = model.cats.find(c.GetCatId());
     ASSERT_NE(it, model.cats.end());
     EXPECT_EQ(c.GetCatName(), it->second.first);
@@ -90,7 +92,7 @@ TEST_P(ModelTest, CatalogMatchesTheModelAfterRandomOperations) {
       ModelDisc m;
       const std::string name = RandomName(rng);
       m.name = stored(name);
-      classCd& cd = data_.GetCdAppend();
+      classCd& cd = cur_.NewDisc();
       cd.SetCdName(name);
       const int folders = static_cast<int>(rng() % 4);
       for (int d = 0; d < folders; ++d) {
@@ -107,7 +109,7 @@ TEST_P(ModelTest, CatalogMatchesTheModelAfterRandomOperations) {
         dir.GetFileAppendFinish();
       }
       cd.GetDirAppendFinish();
-      ASSERT_TRUE(data_.GetCdCommit());
+      ASSERT_TRUE(cur_.CommitDisc());
       model.discs[cd.GetCdId()] = m;
     } else if (op == 2 && !model.discs.empty()) {
       auto it = std::next(model.discs.begin(), static_cast<long>(rng() % model.discs.size()));

@@ -48,7 +48,7 @@ TEST_F(EditorTest, CategoriesFollowTheRules) {
   CatalogEditor editor(&data_);
   int32_t music = 0, jazz = 0;
   ASSERT_TRUE(editor.AddCategory("", 0, &music).ok());
-  EXPECT_EQ(data_.GetCatGoto(music).GetCatName(), "New Category");
+  EXPECT_EQ(cur_.Cat(music).GetCatName(), "New Category");
   ASSERT_TRUE(editor.AddCategory("Jazz", music, &jazz).ok());
   EXPECT_TRUE(editor.AddCategory("x", 9999, &jazz).IsNotFound());
 
@@ -61,7 +61,7 @@ TEST_F(EditorTest, CategoriesFollowTheRules) {
 
   const int32_t disc = AddDisc("d", 0, 0);
   ASSERT_TRUE(editor.MoveDisc(disc, jazz).ok());
-  EXPECT_EQ(data_.GetCdGoto(disc).GetCdCategory(), jazz);
+  EXPECT_EQ(cur_.Disc(disc).GetCdCategory(), jazz);
   EXPECT_FALSE(editor.DeleteCategory(jazz).ok()) << "a disc is a child too";
   ASSERT_TRUE(editor.MoveDisc(disc, 0).ok());
   ASSERT_TRUE(editor.DeleteCategory(jazz).ok());

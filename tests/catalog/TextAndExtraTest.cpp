@@ -19,13 +19,13 @@ using TextTest = CatalogTest;
 TEST_F(TextTest, WritingATextTwiceLeavesTheFirstCopyAsGarbage) {
   OpenCatalog();
   classData::PhysicalSize size;
-  classCd& cd = data_.GetCdAppend();
+  classCd& cd = cur_.NewDisc();
   ASSERT_TRUE(cd.SetCdNotes("first notes"));
   ASSERT_TRUE(cd.SetCdNotes("second"));
   EXPECT_EQ(cd.GetBytesUsed(), 116 + 6);
   EXPECT_EQ(cd.GetCdNotes(), "second");
-  ASSERT_TRUE(data_.GetCdCommit());
-  ASSERT_TRUE(data_.CalcPhysicalSize(&size));
+  ASSERT_TRUE(cur_.CommitDisc());
+  ASSERT_TRUE(data_.CalcPhysicalSize(&size).ok());
   EXPECT_EQ(size.garbage, 11);
   EXPECT_EQ(size.bytesUsed, 124 + 116 + 6);
 
@@ -40,7 +40,7 @@ TEST_F(TextTest, WritingATextTwiceLeavesTheFirstCopyAsGarbage) {
 
 TEST_F(TextTest, ACountOfZeroReadsEmptyWhateverThePosition) {
   OpenCatalog();
-  classCd& cd = data_.GetCdAppend();
+  classCd& cd = cur_.NewDisc();
   cd.record().name = {999999, 0};
   EXPECT_EQ(cd.GetCdName(), "");
   EXPECT_TRUE(data_.ok());
@@ -49,17 +49,17 @@ TEST_F(TextTest, ACountOfZeroReadsEmptyWhateverThePosition) {
 TEST_F(TextTest, FolderAndFileEditsAfterTheScanKeepTheDiscsBytesUsed) {
   OpenCatalog();
   const int32_t id = AddDisc("d", 1, 1);
-  const int32_t before = data_.GetCdGoto(id).GetBytesUsed();
-  classDir& dir = data_.GetCdGoto(id).GetDirFirst();
+  const int32_t before = cur_.Disc(id).GetBytesUsed();
+  classDir& dir = cur_.Disc(id).GetDirFirst();
   ASSERT_TRUE(dir.SetDirNotes("ten chars!"));
   ClassFile& file = dir.GetFileFirst();
   ASSERT_TRUE(file.SetFileNotes("abc"));
-  EXPECT_EQ(data_.GetCdGoto(id).GetBytesUsed(), before + 13);
+  EXPECT_EQ(cur_.Disc(id).GetBytesUsed(), before + 13);
 }
 
 TEST_F(TextTest, Windows1252CatalogsConvertAndCountWhatTheyCannotHold) {
   OpenCatalog("ansi.cd", TextEncoding::kWindows1252);
-  classCd& cd = data_.GetCdAppend();
+  classCd& cd = cur_.NewDisc();
   ASSERT_TRUE(cd.SetCdName("Caf\xC3\xA9 \xE2\x82\xAC \xE6\x97\xA5"));  // "Café € 日"
   EXPECT_EQ(cd.record().name.count, 8);
   std::string raw;

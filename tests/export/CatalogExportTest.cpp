@@ -34,7 +34,7 @@ class CatalogExportTest : public CatalogTest {
   void Fill(const std::string& discName, const std::string& fileName,
             TextEncoding enc = TextEncoding::kUtf8) {
     OpenCatalog("c.cd", enc);
-    classCd& cd = data_.GetCdAppend();
+    classCd& cd = cur_.NewDisc();
     cd.SetCdName(discName);
     cd.SetCdNotes("line one\r\nline two");
     cd.SetCdExtra("T1first|`|AAalbum|`|T3third");
@@ -66,25 +66,25 @@ class CatalogExportTest : public CatalogTest {
     f.GetZipAppendFinish();
     dir.GetFileAppendFinish();
     cd.GetDirAppendFinish();
-    ASSERT_TRUE(data_.GetCdCommit());
+    ASSERT_TRUE(cur_.CommitDisc());
     first_ = cd.GetCdId();
 
-    classCd& empty = data_.GetCdAppend();
+    classCd& empty = cur_.NewDisc();
     empty.SetCdName("Empty");
     empty.setCdLastScanned(kMidnight2005);
     empty.GetDirAppendFinish();
-    ASSERT_TRUE(data_.GetCdCommit());
+    ASSERT_TRUE(cur_.CommitDisc());
     second_ = empty.GetCdId();
   }
 
   ExportResult Export(ExportType type, const std::string& name = "out") {
     options_.type = type;
     options_.extractDate = kNoon2004;
-    return basExport(data_, dir_.File(name), options_, hooks_);
+    return basExport(data_, dir_.File(name), options_, job_);
   }
 
   ExportOptions options_;
-  CopyHooks hooks_;
+  JobControl job_;
   int32_t first_ = 0, second_ = 0;
 };
 
@@ -198,7 +198,12 @@ TEST_F(CatalogExportTest, DiscsFollowTheListUnknownIdsAreRefusedAndCancelLeavesN
   Fill("First", "f.txt");
   options_.discIds = {second_, first_};
   std::vector<std::string> captions;
-  hooks_.setCaption = [&](const std::string& c) { captions.push_back(c); };
+  std::stop_source stop;
+  job_ = JobControl(stop.get_token(), [&](const JobProgress& p) {
+    if (!p.caption.empty() && (captions.empty() || captions.back() != p.caption)) {
+      captions.push_back(p.caption);
+    }
+  }, JobControl::kEveryStep);
   ASSERT_TRUE(Export(ExportType::kDelimited).status.ok());
   EXPECT_THAT(ReadFileBytes(dir_.File("out")), ::testing::StartsWith("C, Empty,"));
   EXPECT_EQ(captions, (std::vector<std::string>{"Exporting : Empty", "Exporting : First"}));
@@ -210,8 +215,7 @@ TEST_F(CatalogExportTest, DiscsFollowTheListUnknownIdsAreRefusedAndCancelLeavesN
 
   options_.discIds = {};
   ASSERT_TRUE(WriteFileBytes(dir_.File("out"), "earlier export"));
-  std::atomic<bool> cancel{true};
-  hooks_.cancel = &cancel;
+  stop.request_stop();
   for (ExportType type : {ExportType::kXml, ExportType::kDelimited}) {
     EXPECT_TRUE(Export(type).status.IsCancelled());
     EXPECT_EQ(ReadFileBytes(dir_.File("out")), "earlier export");

@@ -28,7 +28,7 @@ class CliExportTest : public CatalogTest {
     for (int c = 0; c < discs; ++c) {
       discs_.push_back(AddDisc("disc " + std::to_string(c), folders, files));
       for (const char* notes : {"garbage", "notes"}) {
-        data_.GetCdGoto(discs_.back()).SetCdNotes(notes);
+        cur_.Disc(discs_.back()).SetCdNotes(notes);
       }
     }
     data_.CloseFiles();

@@ -1,7 +1,9 @@
 #include <gtest/gtest.h>
 
 #include "catalog/ExtraData.h"
+#include "scan/ExtensionFilter.h"
 #include "scan/ScanEngine.h"
+#include "support/CatalogCursors.h"
 #include "scan/ScanPath.h"
 #include "scan/ScanTestTree.h"
 
@@ -50,9 +52,10 @@ void BuildNastyTree(const std::string& root) {
 TEST_F(ScanEngineTest, FixtureTreeMatchesAnIndependentWalk) {
   ZoneGuard zone("Europe/Berlin");  // local dates across daylight-saving changes
   BuildNastyTree(tree.path());
-  classCat& cat7 = cat.data->GetCatAppend();
+  classCat cat7 = cat.data->CatCursor();
+  ASSERT_TRUE(cat.data->GetCatAppend(cat7));
   cat7.SetCatName("Backups");
-  ASSERT_TRUE(cat.data->GetCatCommit());
+  ASSERT_TRUE(cat.data->GetCatCommit(cat7));
   o.category = cat7.GetCatId();
   o.mountPoint.clear();
   const int32_t id = Run();
@@ -67,7 +70,9 @@ TEST_F(ScanEngineTest, FixtureTreeMatchesAnIndependentWalk) {
   ASSERT_EQ(expected[0].subtreeFiles, 10);  // 3 + 2 + 3 + 1 + 1; dot names left out
   ExpectDiscMatches(*cat.data, id, expected);
 
-  classCd& cd = cat.data->GetCdGoto(id);
+  CatalogCursors cursors(*cat.data);
+
+  classCd& cd = cursors.Disc(id);
   EXPECT_EQ(cd.GetCdName(), "Disc");
   EXPECT_EQ(cd.GetCdNotes(), "Some notes");
   EXPECT_EQ(cd.GetCdLabel(), "LABEL");
@@ -114,22 +119,17 @@ TEST_F(ScanEngineTest, FiltersDecideRecordsButEveryFileCounts) {
       {"a.mp3", "*.mp;", 2}, {"a.mp3", "*.mp3 ;", 2},      {"a.tar.gz", "*.gz;", 0},
       {"noext", "*.;", 0},   {"dotlast.", "*.;", 0},       {"a.mp3", ";", 2}};
   for (const auto& [name, list, want] : matches) {
-    EXPECT_EQ(ScanEngine::MatchExtList(name, list), want) << name << " " << list;
+    EXPECT_EQ(ExtensionFilter::MatchExtList(name, list), want) << name << " " << list;
   }
-  // KeepFile(include, exclude): include 0 always keeps; 1 keeps unless
-  // excluded by name (an exclude of "*.*" drops nothing); 2 never.
-  for (int inc = 0; inc < 3; ++inc) {
-    for (int exc = 0; exc < 3; ++exc) {
-      EXPECT_EQ(ScanEngine::KeepFile(inc, exc), inc == 0 || (inc == 1 && exc != 0)) << inc << exc;
-    }
-  }
-  // SetVars stores the patterns cleaned and hands the cleaned text back.
+  // SetVars stores the patterns as typed and hands the cleaned text back.
   {
     ScanEngine e(*cat.data);
-    std::string include = "*.mp3 ;*.wav  ;", exclude = "*.txt ;";
-    e.SetVars(0, "/", "", "", "", 0, include, exclude, false, false, false, 0);
-    EXPECT_EQ(include, "*.mp3;*.wav;");
-    EXPECT_EQ(exclude, "*.txt;");
+    ScanSettings s;
+    s.includeText = "*.mp3 ;*.wav  ;";
+    s.excludeText = "*.txt ;";
+    e.SetVars(s);
+    EXPECT_EQ(s.includeText, "*.mp3;*.wav;");
+    EXPECT_EQ(s.excludeText, "*.txt;");
   }
   MakeFile(tree.File("a.mp3"), "12345");
   MakeFile(tree.File("b.WAV"), "123");
@@ -156,7 +156,8 @@ TEST_F(ScanEngineTest, FiltersDecideRecordsButEveryFileCounts) {
     o.dirsOnly = r.dirsOnly;
     const int32_t id = Run();
     ASSERT_NE(id, 0);
-    classCd& cd = cat.data->GetCdGoto(id);
+    CatalogCursors cursors(*cat.data);
+    classCd& cd = cursors.Disc(id);
     EXPECT_EQ(Files(cd.GetDirFirst(), true), r.kept);
     EXPECT_EQ(cd.GetCdNumOfFiles(), 4);
     EXPECT_EQ(cd.GetCdtotalSize(), 11);
@@ -189,7 +190,7 @@ TEST_F(ScanEngineTest, RescanCarriesNotesOverAndReplacesTheDisc) {
   EXPECT_EQ(AllNotes(*cat.data, second), before);
   EXPECT_EQ(cat.data->GetCdCount(), 1);
   EXPECT_EQ(cat.data->GetTableHeader().firstCd, second);
-  EXPECT_EQ(cat.data->GetCdGoto(second).GetCdNumOfFiles(), 4);
+  EXPECT_EQ(CatalogCursors(*cat.data).Disc(second).GetCdNumOfFiles(), 4);
 }
 
 TEST_F(ScanEngineTest, NotesSearchGoesForwardOnly) {
@@ -199,7 +200,8 @@ TEST_F(ScanEngineTest, NotesSearchGoesForwardOnly) {
   classData& data = *cat.data;
   // A previous disc written by hand: root, then a folder whose path sorts
   // after everything sought, then A. Root files stored as b.txt, a.txt.
-  classCd& old = data.GetCdAppend();
+  classCd old = data.CdCursor();
+  ASSERT_TRUE(data.GetCdAppend(old));
   o.previous = old.GetCdId();
   classDir& root = old.GetDirAppend();
   root.SetDirPath("\\");
@@ -218,7 +220,7 @@ TEST_F(ScanEngineTest, NotesSearchGoesForwardOnly) {
   a.SetDirName("A");
   a.SetDirNotes("A notes");
   old.GetDirAppendFinish();
-  ASSERT_TRUE(data.GetCdCommit());
+  ASSERT_TRUE(data.GetCdCommit(old));
 
   const int32_t id = Run();
   ASSERT_NE(id, 0);
@@ -244,8 +246,8 @@ TEST_F(ScanEngineTest, CancelLeavesThePartialDiscAsAppended) {
   for (const char* d : {"A", "B", "C"}) MakeFiles(MakeDir(tree.File(d)), 5, "f", "1234");
   o.previous = Run();
   ASSERT_NE(o.previous, 0);
-  o.progress = [](ScanEngine& e, const ScanProgress& p) {
-    if (p.entries == 9) e.RequestCancel();
+  o.progress = [](std::stop_source& stop, const JobProgress& p) {
+    if (p.value == 9) stop.request_stop();
   };
   EXPECT_EQ(Run(), 0);
   EXPECT_TRUE(engine->status().IsCancelled());
@@ -266,7 +268,7 @@ TEST_F(ScanEngineTest, CancelLeavesThePartialDiscAsAppended) {
   ExpectSoundCatalog(*cat.data);
   // A new disc cancelled before its first entry: an empty name, linked.
   o.previous = 0;
-  o.progress = [](ScanEngine& e, const ScanProgress&) { e.RequestCancel(); };
+  o.progress = [](std::stop_source& stop, const JobProgress&) { stop.request_stop(); };
   EXPECT_EQ(Run(), 0);
   ASSERT_TRUE(cd.recordGet(engine->NewDiscId()));
   EXPECT_EQ(cd.GetCdName(), "");
@@ -289,7 +291,8 @@ TEST_F(ScanEngineTest, UnreadableFolderIsRecordedCountedAndSkipped) {
             }),
             0);
   cat.Reopen();
-  classCd& cd = cat.data->GetCdFirst();
+  CatalogCursors cursors(*cat.data);
+  classCd& cd = cursors.FirstDisc();
   ASSERT_FALSE(cd.isEof());
   EXPECT_EQ(cd.GetCdNumOfSubdirs(), 2);
   EXPECT_EQ(cd.GetCdNumOfFiles(), 1);
@@ -320,7 +323,8 @@ TEST_F(ScanEngineTest, LongPathsAndLinkLoopsAreHandled) {
   const int32_t id = Run();
   ASSERT_NE(id, 0);
   EXPECT_EQ(engine->warnings(), 0u);
-  classCd& cd = cat.data->GetCdGoto(id);
+  CatalogCursors cursors(*cat.data);
+  classCd& cd = cursors.Disc(id);
   EXPECT_EQ(cd.GetCdNumOfSubdirs(), 20);
   EXPECT_EQ(cd.GetCdNumOfFiles(), 3);
   classDir& d = cd.GetDirGoto(cd.record().lastDir);
@@ -338,18 +342,18 @@ TEST_F(ScanEngineTest, FilesVanishingDuringTheScanAreWarnings) {
   MakeFiles(tree.path(), 20, "f", "x");
   int removed = 0;
   // At the first file, remove all the others: their names are already read.
-  o.progress = [&](ScanEngine&, const ScanProgress& p) {
-    if (p.name.empty() || removed > 0) return;
+  o.progress = [&](std::stop_source&, const JobProgress& p) {
+    if (p.detail.empty() || removed > 0) return;
     for (int i = 0; i < 20; ++i) {
       const std::string n = "f" + std::to_string(i);
-      if (n != p.name && ::unlink(tree.File(n).c_str()) == 0) ++removed;
+      if (n != p.detail && ::unlink(tree.File(n).c_str()) == 0) ++removed;
     }
   };
   const int32_t id = Run();
   ASSERT_NE(id, 0);
   EXPECT_EQ(removed, 19);
   EXPECT_EQ(engine->warnings(), 19u);
-  EXPECT_EQ(cat.data->GetCdGoto(id).GetCdNumOfFiles(), 1);
+  EXPECT_EQ(CatalogCursors(*cat.data).Disc(id).GetCdNumOfFiles(), 1);
   ExpectSoundCatalog(*cat.data);
 }
 
@@ -381,7 +385,8 @@ TEST_F(ScanEngineTest, Mp3TagsAndArchiveMembersOnRequest) {
   EXPECT_EQ(engine->warnings(), 1u);
   ASSERT_EQ(engine->warningTexts().size(), 1u);
   EXPECT_NE(engine->warningTexts()[0].find("broken.zip"), std::string::npos);
-  classDir& dir = cat.data->GetCdGoto(id).GetDirFirst();
+  CatalogCursors cursors(*cat.data);
+  classDir& dir = cursors.Disc(id).GetDirFirst();
   EXPECT_EQ(Files(dir, true, [](ClassFile& file) { return file.GetFileExtra(); }),
             (std::vector<std::string>{"broken.zip=", "short.mp3=", "tag.txt=",
                                       "tagged.MP3=MAAlbum|`|MRArtist|`|MTTitle|`|MY1999",
@@ -410,7 +415,7 @@ TEST_F(ScanEngineTest, Mp3TagsAndArchiveMembersOnRequest) {
   ExpectSoundCatalog(*cat.data);
   // Without the two options no tag and no member is read.
   o.mp3 = o.zip = false;
-  classCd& plain = cat.data->GetCdGoto(Run());
+  classCd& plain = cursors.Disc(Run());
   EXPECT_EQ(engine->warnings(), 0u);
   EXPECT_EQ(plain.GetCdNumOfFiles(), 6);
   for (classDir& d = plain.GetDirFirst(); !d.isEof(); d.MoveNext()) {
@@ -459,7 +464,7 @@ TEST_F(ScanEngineTest, DiscIconMediaTypeAndAudioTracks) {
       {5, "DATA", "f_disc.ico,2", 5},
       {2, "STICK", "removable", 2},
       {3, "AUDIO CD", "fixed", 3},
-      {5, "DATA", "i_0012", 105, ScanEngine::kAudioScanMode},  // from a track list, last
+      {5, "DATA", "i_0012", 105, kMediaAudioCd},  // from a track list, last
   };
   for (const Row& r : rows) {
     o.driveType = r.drive;
@@ -467,13 +472,15 @@ TEST_F(ScanEngineTest, DiscIconMediaTypeAndAudioTracks) {
     o.mode = r.mode;
     const int32_t id = Run();
     ASSERT_NE(id, 0);
-    classCd& cd = cat.data->GetCdGoto(id);
+    CatalogCursors cursors(*cat.data);
+    classCd& cd = cursors.Disc(id);
     EXPECT_EQ(cd.GetCdStoredIconKey(), r.icon) << r.label << " " << r.mode;
     EXPECT_EQ(cd.GetCdMediaType(), r.media) << r.label << " " << r.mode;
   }
   // The audio disc: named from its values, one empty file record per track
   // in list order, nothing of the folder.
-  classCd& cd = cat.data->GetCdGoto(cat.data->GetTableHeader().lastCd);
+  CatalogCursors cursors(*cat.data);
+  classCd& cd = cursors.Disc(cat.data->GetTableHeader().lastCd);
   EXPECT_EQ(cd.GetCdName(), "Album");
   EXPECT_EQ(cd.GetCdName(true), "Album - Artist");
   // An empty year still appends its bare key.

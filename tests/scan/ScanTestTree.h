@@ -21,6 +21,7 @@
 #include <map>
 #include <memory>
 #include <sstream>
+#include <stop_token>
 #include <string>
 #include <vector>
 
@@ -140,7 +141,8 @@ struct ScanOptions {
   std::string label = "LABEL";
   std::vector<AudioTrack> tracks;
   AudioValues audio;
-  std::function<void(ScanEngine&, const ScanProgress&)> progress;
+  // Called at every progress step; it may ask the scan's stop.
+  std::function<void(std::stop_source&, const JobProgress&)> progress;
 };
 
 // Scans `path` as disc "Disc" with notes "Some notes"; returns the new disc's
@@ -149,21 +151,35 @@ inline int32_t Scan(classData& data, const std::string& path, ScanOptions o = {}
                     ScanEngine** keep = nullptr) {
   static std::unique_ptr<ScanEngine> engine;
   engine = std::make_unique<ScanEngine>(data);
-  engine->SetVars(o.previous, path, "Disc", "Some notes", o.label, o.category, o.include, o.exclude,
-                  o.zip, o.mp3, o.dirsOnly, o.mode);
-  engine->SetIncludeHidden(o.hidden);
+  ScanSettings s;
+  s.previousDiscId = o.previous;
+  s.path = path;
+  s.discName = "Disc";
+  s.notes = "Some notes";
+  s.volumeLabel = o.label;
+  s.categoryId = o.category;
+  s.includeText = o.include;
+  s.excludeText = o.exclude;
+  s.scanZip = o.zip;
+  s.scanMp3 = o.mp3;
+  s.directoriesOnly = o.dirsOnly;
+  s.scanMode = o.mode;
+  s.includeHidden = o.hidden;
+  engine->SetVars(s);
   ScanVolume v;
   v.mountPoint = o.mountPoint.empty() ? "/" : o.mountPoint;
   v.serial = 0xABCD1234;
   v.freeBytes = 12345;
   v.driveType = o.driveType;
   engine->SetVolume(v);
-  if (o.mode == ScanEngine::kAudioScanMode) engine->SetAudio(o.tracks, o.audio);
+  if (o.mode == kMediaAudioCd) engine->SetAudio(o.tracks, o.audio);
+  std::stop_source stop;
+  JobControl job;
   if (o.progress) {
-    ScanEngine* e = engine.get();
-    engine->SetProgress([e, &o](const ScanProgress& p) { o.progress(*e, p); });
+    job = JobControl(stop.get_token(), [&o, &stop](const JobProgress& p) { o.progress(stop, p); },
+                     JobControl::kEveryStep);
   }
-  const int32_t id = engine->ScanCd();
+  const int32_t id = engine->ScanCd(job);
   if (keep) *keep = engine.get();
   return id;
 }

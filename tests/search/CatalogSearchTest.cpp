@@ -39,7 +39,7 @@ class CatalogSearchTest : public CatalogTest {
 
   // Folders are dated a day after the disc's scan, files two days, entries three.
   int32_t Add(const DiscDef& def) {
-    classCd& cd = data_.GetCdAppend();
+    classCd& cd = cur_.NewDisc();
     cd.SetCdName(def.name);
     cd.SetCdBasepath(def.basePath);
     cd.SetCdNotes(def.notes);
@@ -82,7 +82,7 @@ class CatalogSearchTest : public CatalogTest {
     }
     cd.GetDirAppendFinish();
     const int32_t id = cd.GetCdId();
-    EXPECT_TRUE(data_.GetCdCommit());
+    EXPECT_TRUE(cur_.CommitDisc());
     return id;
   }
 
@@ -90,7 +90,8 @@ class CatalogSearchTest : public CatalogTest {
   std::vector<SearchResult> Find(const SearchOptions& options) {
     std::vector<SearchResult> rows;
     CatalogSearch search(data_);
-    status_ = search.Run(options, [&rows](const SearchResult& r) { rows.push_back(r); });
+    JobControl job;
+    status_ = search.Run(options, [&rows](const SearchResult& r) { rows.push_back(r); }, job);
     steps_ = search.steps();
     return rows;
   }
@@ -145,7 +146,7 @@ TEST_F(CatalogSearchTest, VisitsDiscFoldersFilesAndEntriesInStoredOrderWithTheir
                     .files = {{.name = "x-b.zip",
                                .members = {{"x-inner.txt", "docs\\old"}, {"x-top.txt", ""}}},
                               {.name = "x-c.txt"}}}}});
-  classCd& cd = data_.GetCdGoto(disc);
+  classCd& cd = cur_.Disc(disc);
   Strings folderIds, fileIds, entryIds;
   for (classDir& d = cd.GetDirFirst(); !d.isEof(); cd.GetDirNext()) {
     folderIds.push_back(std::to_string(d.GetDirId()));
@@ -290,28 +291,36 @@ TEST_F(CatalogSearchTest, StopEndsTheWalkAtTheNextObjectAndKeepsTheRows) {
                    {.name = "s2", .path = "\\", .files = {{.name = "s-c"}}}}});
   CatalogSearch search(data_);
   Strings names;
+  std::stop_source stop;
+  JobControl job(stop.get_token());
   Status s = search.Run(Names("s"), [&](const SearchResult& r) {
     names.push_back(r.fileName);
-    if (names.size() == 3) search.RequestStop();
-  });
+    if (names.size() == 3) stop.request_stop();
+  }, job);
   EXPECT_TRUE(s.IsCancelled());
   EXPECT_EQ(names, (Strings{"s disc", "s1", "s-a"}));
   EXPECT_EQ(search.hits(), 3);
   EXPECT_EQ(search.steps(), 1) << "the flag is checked before the next file is stepped";
 
-  // Stopping from the progress step: the file stepped is still tested.
+  // A stop asked before the run ends it at its first check.
   names.clear();
-  search.SetProgress([&](const SearchProgress& p) {
-    EXPECT_EQ(p.planned, 0) << "the disc says it holds no files";
-    if (p.steps == 2) search.RequestStop();
-  });
-  s = search.Run(Names("s"), [&](const SearchResult& r) { names.push_back(r.fileName); });
+  s = search.Run(Names("s"), [&](const SearchResult& r) { names.push_back(r.fileName); }, job);
+  EXPECT_TRUE(s.IsCancelled());
+  EXPECT_TRUE(names.empty());
+
+  // Stopping from the progress step: the file stepped is still tested.
+  std::stop_source stop2;
+  job = JobControl(stop2.get_token(), [&](const JobProgress& p) {
+    EXPECT_EQ(p.maximum, 0) << "the disc says it holds no files";
+    if (p.value == 2) stop2.request_stop();
+  }, JobControl::kEveryStep);
+  s = search.Run(Names("s"), [&](const SearchResult& r) { names.push_back(r.fileName); }, job);
   EXPECT_TRUE(s.IsCancelled());
   EXPECT_EQ(names, (Strings{"s disc", "s1", "s-a", "s-b"}));
 
-  // A new run clears the flag; without a sink only the hits are counted.
-  search.SetProgress(nullptr);
-  EXPECT_TRUE(search.Run(Names("s"), nullptr).ok());
+  // Without a sink only the hits are counted.
+  JobControl plain;
+  EXPECT_TRUE(search.Run(Names("s"), nullptr, plain).ok());
   EXPECT_EQ(search.hits(), 6);
   EXPECT_EQ(search.steps(), 3);
 }
@@ -327,7 +336,7 @@ TEST_F(CatalogSearchTest, InternalDateKeyLeavesTheMinutesOut) {
 TEST_F(CatalogSearchTest, DamagedChainEndsTheWalkWithTheDataFileErrorAndKeepsEarlierRows) {
   const int32_t disc = Add({.name = "dmg", .folders = {{.name = "dmg-1", .path = "\\",
                                                         .files = {{.name = "dmg-a"}, {.name = "dmg-b"}}}}});
-  ClassFile& f = data_.GetCdGoto(disc).GetDirFirst().GetFileFirst();
+  ClassFile& f = cur_.Disc(disc).GetDirFirst().GetFileFirst();
   f.record().next = 0x7ffffff0;  // far beyond the end of the file
   ASSERT_TRUE(f.recordWrite());
 

@@ -42,11 +42,13 @@ class SearchCliTest : public ::testing::Test {
   void Build(int files) {
     classData data;
     ASSERT_TRUE(data.OpenFiles(Catalog(), false, true));
-    classCat& cat = data.GetCatAppend();
+    classCat cat = data.CatCursor();
+    ASSERT_TRUE(data.GetCatAppend(cat));
     cat.SetCatName("Music");
-    ASSERT_TRUE(data.GetCatCommit());
+    ASSERT_TRUE(data.GetCatCommit(cat));
     musicId_ = cat.GetCatId();
-    classCd& cd = data.GetCdAppend();
+    classCd cd = data.CdCursor();
+    ASSERT_TRUE(data.GetCdAppend(cd));
     cd.SetCdName("Songs, vol 1");
     cd.setCdCategory(musicId_);
     cd.setCdLastScanned(38051.5);
@@ -68,7 +70,7 @@ class SearchCliTest : public ::testing::Test {
     dirId_ = dir.GetDirId();
     cd.GetDirAppendFinish();
     cdId_ = cd.GetCdId();
-    ASSERT_TRUE(data.GetCdCommit());
+    ASSERT_TRUE(data.GetCdCommit(cd));
     data.CloseFiles();
   }
 
