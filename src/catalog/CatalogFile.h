@@ -73,6 +73,8 @@ class CatalogFile {
     std::thread::id previous_;
   };
   bool OnOwnerThread() const { return owner_ == std::this_thread::get_id(); }
+  std::thread::id owner() const { return owner_; }
+  void SetOwner(std::thread::id owner) { owner_ = owner; }
 
   bool Read(int32_t id, HeaderRecord* out);
   bool Read(int32_t id, CdRecord* out);

@@ -155,6 +155,7 @@ std::string TempFileName(const std::string& path) {
 }
 
 MaintenanceResult CompactDataFiles(classData& data, JobControl& job, const FileOpener& open) {
+  classData::ThreadHandover handover(data);
   if (!data.IsOpen()) return {Status::InvalidArgument("no catalog is open"), "No catalog is open"};
   const std::string catalog = data.GetDataFileName();
   const std::string temp = TempFileName(catalog);
@@ -188,12 +189,14 @@ MaintenanceResult CompactDataFiles(classData& data, JobControl& job, const FileO
 
 MaintenanceResult BackupDataFiles(classData& data, const std::string& target, JobControl& job,
                                   const FileOpener& open) {
+  classData::ThreadHandover handover(data);
   return CopyCommand(data, target, job, open, kBackupOntoCurrent, kBackupCancelled, kBackupSuccessful,
                      "Data Backup");
 }
 
 MaintenanceResult SaveAsDataFiles(classData& data, const std::string& target, JobControl& job,
                                   const FileOpener& open) {
+  classData::ThreadHandover handover(data);
   MaintenanceResult r = CopyCommand(data, target, job, open, kSaveAsOntoCurrent, kSaveAsCancelled,
                                     kSaveAsSuccessful, "Data SaveAs");
   if (!r.status.ok()) return r;
@@ -210,6 +213,7 @@ MaintenanceResult SaveAsDataFiles(classData& data, const std::string& target, Jo
 
 MaintenanceResult MergeExistingCatalog(classData& data, const std::string& other,
                                        JobControl& job, classData::PasswordPrompt prompt) {
+  classData::ThreadHandover handover(data);
   if (!data.IsOpen()) return {Status::InvalidArgument("no catalog is open"), "No catalog is open"};
   if (other == data.GetDataFileName() || SameFile(other, data.GetDataFileName())) {
     return {Status::InvalidArgument(kMergeWithCurrent), kMergeWithCurrent};

@@ -262,6 +262,7 @@ bool classData::GetCatDelete(int32_t id) {
 }
 
 Status classData::CalcPhysicalSize(PhysicalSize* out, JobControl& job) {
+  ThreadHandover handover(*this);
   *out = PhysicalSize{};
   out->bytesUsed = file_->header().bytesUsed;
   classCat cat(file_.get());

@@ -7,7 +7,7 @@
 //
 // Thread contract. A classData, its CatalogFile and every cursor made over it
 // belong to one thread at a time: the thread that opened it, or the worker
-// thread of a job it was handed to (CatalogFile::ThreadHandover) while the
+// thread of a job it was handed to (classData::ThreadHandover) while the
 // opening thread leaves it alone for the job's length. There is one writer: the
 // open catalog. A job that only reads (search, export) or a view that loads
 // rows while a job writes reads through a reader of its own (OpenReader), with
@@ -68,6 +68,27 @@ class classData {
                 bool askPassword, bool setDefaults);
   void CloseFiles();
   bool IsOpen() const { return file_ != nullptr; }
+
+  // Hands the open catalog to the calling thread for the object's lifetime
+  // and back to its previous owner afterwards — also when the job reopened
+  // the catalog in between (a compaction). Every job takes the catalog it was
+  // given this way.
+  class ThreadHandover {
+   public:
+    explicit ThreadHandover(classData& data)
+        : data_(data), previous_(data.file_ ? data.file_->owner() : std::thread::id()) {
+      if (data_.file_) data_.file_->SetOwner(std::this_thread::get_id());
+    }
+    ~ThreadHandover() {
+      if (data_.file_) data_.file_->SetOwner(previous_);
+    }
+    ThreadHandover(const ThreadHandover&) = delete;
+    ThreadHandover& operator=(const ThreadHandover&) = delete;
+
+   private:
+    classData& data_;
+    std::thread::id previous_;
+  };
 
   // A read-only view of this open catalog for another thread (see the thread
   // contract above); what this writer has buffered is flushed first. Every

@@ -230,7 +230,7 @@ std::unique_ptr<ExportWriter> MakeExportWriter(ExportType type, OutputWriter& ou
 ExportResult basExport(classData& data, const std::string& path, const ExportOptions& options,
                        JobControl& job) {
   // The catalog is this thread's for the export's length.
-  CatalogFile::ThreadHandover handover(data.file());
+  classData::ThreadHandover handover(data);
   ExportResult result;
   if (!data.IsOpen()) {
     result.status = Status::InvalidArgument("no catalog is open");

@@ -65,7 +65,7 @@ int32_t ScanEngine::AttributesOf(const struct stat& st, std::string_view name) {
 
 int32_t ScanEngine::ScanCd(JobControl& job) {
   // The catalog is this thread's for the scan's length.
-  CatalogFile::ThreadHandover handover(data_.file());
+  classData::ThreadHandover handover(data_);
   job_ = &job;
   status_ = Status::OK();
   totals_ = ScanTotals{};

@@ -168,6 +168,8 @@ Status CatalogSearch::DiscList(int32_t categoryId, std::vector<int32_t>* out) {
 }
 
 Status CatalogSearch::Run(const SearchOptions& options, const RowSink& onRow, JobControl& job) {
+  // The catalog is this thread's for the search's length.
+  classData::ThreadHandover handover(data_);
   state_ = JobProgress{};
   job_ = &job;
   if (Status s = Check(options); !s.ok()) return s;
