@@ -14,6 +14,9 @@ int main(int argc, char** argv) {
     setenv("XDG_CONFIG_HOME", (home + "/config").c_str(), 1);
     setenv("XDG_DATA_HOME", (home + "/data").c_str(), 1);
   }
+  // Requests to the local test server never go through a proxy of the environment.
+  setenv("no_proxy", "127.0.0.1,localhost", 1);
+  setenv("NO_PROXY", "127.0.0.1,localhost", 1);
   testing::InitGoogleTest(&argc, argv);
   return RUN_ALL_TESTS();
 }
