@@ -19,7 +19,7 @@ PACKAGES := cmake ninja-build pkg-config g++ clang libclang-rt-14-dev \
             qt6-base-dev qt6-base-dev-tools qt6-svg-dev qt6-qpa-plugins libgl-dev \
             libcurl4-openssl-dev libssl-dev libxlsxwriter-dev libudev-dev \
             fonts-dejavu-core adwaita-icon-theme desktop-file-utils shared-mime-info \
-            xvfb xauth python3-openpyxl libdiscid-dev dpkg-dev file
+            xvfb xauth python3-openpyxl libdiscid-dev dpkg-dev file locales
 
 SUDO := $(shell [ "$$(id -u)" = 0 ] || echo sudo)
 

@@ -2,6 +2,8 @@
 
 #include <charconv>
 #include <clocale>
+#include <cstdlib>
+#include <locale.h>
 #include <cmath>
 #include <cstdio>
 #include <cstring>
@@ -12,34 +14,56 @@
 namespace gorvan {
 namespace {
 
-bool IsCLocale() {
-  const char* name = std::setlocale(LC_TIME, nullptr);
-  return name == nullptr || std::strcmp(name, "C") == 0 || std::strcmp(name, "POSIX") == 0;
+// The date locale; null for the C form. Set at start-up only.
+locale_t g_dateLocale = nullptr;
+
+bool IsCName(const std::string& name) {
+  return name.empty() || name == "C" || name == "POSIX" || name.rfind("C.", 0) == 0;
 }
 
 std::string FormatDatePart(const std::tm& tm) {
   char buf[64];
-  if (IsCLocale()) {
+  if (!g_dateLocale) {
     std::snprintf(buf, sizeof buf, "%d/%d/%d", tm.tm_mon + 1, tm.tm_mday, tm.tm_year + 1900);
-  } else {
-    std::strftime(buf, sizeof buf, "%x", &tm);
+  } else if (strftime_l(buf, sizeof buf, "%x", &tm, g_dateLocale) == 0) {
+    buf[0] = '\0';
   }
   return buf;
 }
 
 std::string FormatTimePart(const std::tm& tm) {
   char buf[64];
-  if (IsCLocale()) {
+  if (!g_dateLocale) {
     const int h12 = tm.tm_hour % 12 == 0 ? 12 : tm.tm_hour % 12;
     std::snprintf(buf, sizeof buf, "%d:%02d:%02d %s", h12, tm.tm_min, tm.tm_sec,
                   tm.tm_hour < 12 ? "AM" : "PM");
-  } else {
-    std::strftime(buf, sizeof buf, "%X", &tm);
+  } else if (strftime_l(buf, sizeof buf, "%X", &tm, g_dateLocale) == 0) {
+    buf[0] = '\0';
   }
   return buf;
 }
 
 }  // namespace
+
+bool SetDateLocale(const std::string& name) {
+  locale_t next = nullptr;
+  bool ok = true;
+  if (!IsCName(name)) {
+    next = newlocale(LC_TIME_MASK, name.c_str(), static_cast<locale_t>(nullptr));
+    ok = next != nullptr;
+  }
+  if (g_dateLocale) freelocale(g_dateLocale);
+  g_dateLocale = next;
+  return ok;
+}
+
+bool SetDateLocaleFromEnvironment() {
+  for (const char* var : {"LC_ALL", "LC_TIME", "LANG"}) {
+    const char* value = std::getenv(var);
+    if (value && *value) return SetDateLocale(value);
+  }
+  return SetDateLocale("");
+}
 
 std::string FormatGeneralDate(double ole) {
   std::tm tm{};

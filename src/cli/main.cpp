@@ -4,12 +4,14 @@
 #include <iostream>
 
 #include "app/ErrorLog.h"
+#include "catalog/TextFormat.h"
 #include "cli/CliContext.h"
 #include "cli/Commands.h"
 
 int main(int argc, char** argv) {
   using namespace gorvan::cli;
   gorvan::ErrorLog::InstallAsErrorSink();
+  gorvan::SetDateLocaleFromEnvironment();
 
   CliContext ctx;
   int result = kExitOk;

@@ -127,7 +127,7 @@ TEST(CipherTest, ScramblesReversiblyIntoPrintableText) {
 }
 
 TEST(FormatTest, GeneralDateInTheCLocale) {
-  std::setlocale(LC_TIME, "C");
+  ASSERT_TRUE(SetDateLocale("C"));
   EXPECT_EQ(FormatGeneralDate(46347.5), "11/21/2026 12:00:00 PM");
   EXPECT_EQ(FormatGeneralDate(46347.0), "11/21/2026");
   EXPECT_EQ(FormatGeneralDate(0.25), "6:00:00 AM");
