@@ -18,6 +18,14 @@ TerminalJob::TerminalJob(bool quiet, Format format)
   sigemptyset(&signals_);
   sigaddset(&signals_, SIGINT);
   sigaddset(&signals_, SIGTERM);
+  // A program started in the background of a script has SIGINT ignored, and
+  // an ignored signal is dropped before anyone can wait for it: a handler of
+  // our own makes it pending instead.
+  struct sigaction sa{};
+  sa.sa_handler = [](int) {};
+  sigemptyset(&sa.sa_mask);
+  sigaction(SIGINT, &sa, &oldInt_);
+  sigaction(SIGTERM, &sa, &oldTerm_);
   // Blocked here before the watcher starts, so the watcher inherits the mask
   // and takes the signals with sigtimedwait.
   pthread_sigmask(SIG_BLOCK, &signals_, &oldMask_);
@@ -28,6 +36,12 @@ TerminalJob::~TerminalJob() {
   done_ = true;
   watcher_.join();
   Clear();
+  // A signal that came after the job ended stays the job's: it is taken
+  // here rather than delivered to the old disposition.
+  const timespec none{0, 0};
+  while (sigtimedwait(&signals_, nullptr, &none) > 0) stop_.request_stop();
+  sigaction(SIGINT, &oldInt_, nullptr);
+  sigaction(SIGTERM, &oldTerm_, nullptr);
   pthread_sigmask(SIG_SETMASK, &oldMask_, nullptr);
 }
 

@@ -47,6 +47,7 @@ class TerminalJob {
   JobControl job_;
   sigset_t signals_{};
   sigset_t oldMask_{};
+  struct sigaction oldInt_{}, oldTerm_{};
   std::atomic<bool> done_{false};
   std::thread watcher_;
 };
