@@ -10,10 +10,11 @@ set(gorvan_man_pages gorvan-cli.1)
 if(TARGET gorvan)
   install(TARGETS gorvan RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
   list(APPEND gorvan_man_pages gorvan.1)
+  # The launcher and the catalog type's handler only come with the program they start.
+  install(FILES packaging/gorvan.desktop DESTINATION ${CMAKE_INSTALL_DATADIR}/applications)
 endif()
 
 install(DIRECTORY share/ DESTINATION ${CMAKE_INSTALL_DATADIR}/gorvan PATTERN .gitkeep EXCLUDE)
-install(FILES packaging/gorvan.desktop DESTINATION ${CMAKE_INSTALL_DATADIR}/applications)
 install(FILES packaging/gorvan.xml DESTINATION ${CMAKE_INSTALL_DATADIR}/mime/packages)
 install(FILES share/images/gorvan.svg
   DESTINATION ${CMAKE_INSTALL_DATADIR}/icons/hicolor/scalable/apps)
