@@ -216,8 +216,8 @@ HttpResponse Run(const HttpRequest& request, std::stop_token stop) {
   EasyHandle easy(curl_easy_init());
   MultiHandle multi(curl_multi_init());
   if (!easy || !multi) return Failure(HttpError::kOther, kUnknownError);
-  if (const CURLcode rc = Configure(easy.get(), request, postBody, headers.get(), transfer,
-                                    errorBuffer);
+  if (const CURLcode rc =
+          Configure(easy.get(), request, postBody, headers.get(), transfer, errorBuffer);
       rc != CURLE_OK) {
     return Failure(HttpError::kOther, CurlText(rc, errorBuffer));
   }

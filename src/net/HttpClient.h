@@ -38,8 +38,7 @@ class HttpClient {
   // On failure returns the HttpError kind and a message that is never empty;
   // the body is empty. A stop already requested when the call starts returns
   // kCancelled without any connection.
-  [[nodiscard]] static HttpResponse Perform(const HttpRequest& request,
-                                            std::stop_token stop = {});
+  [[nodiscard]] static HttpResponse Perform(const HttpRequest& request, std::stop_token stop = {});
 
   // Perform() of a GET of `url` with the default limits.
   [[nodiscard]] static HttpResponse Get(const std::string& url, std::stop_token stop = {});

@@ -9,15 +9,15 @@ namespace gorvan {
 
 enum class HttpError {
   kNone = 0,
-  kBadUrl,             // the URL (or a header line) cannot be sent as it stands
-  kProtocolRefused,    // not http:// or https:// (also where a redirect led)
-  kConnectFailed,      // no connection: name not found, refused, unreachable
-  kTimedOut,           // the connect or the total time-out passed
-  kTooLarge,           // the answer is longer than the request's maxBodyBytes
-  kTooManyRedirects,   // more than 5 redirects (a redirect loop)
-  kBadAnswer,          // the server's answer is not HTTP, or was cut short
-  kCancelled,          // the caller's stop token asked for a stop
-  kOther,              // anything else (TLS failures among them), see the message
+  kBadUrl,            // the URL (or a header line) cannot be sent as it stands
+  kProtocolRefused,   // not http:// or https:// (also where a redirect led)
+  kConnectFailed,     // no connection: name not found, refused, unreachable
+  kTimedOut,          // the connect or the total time-out passed
+  kTooLarge,          // the answer is longer than the request's maxBodyBytes
+  kTooManyRedirects,  // more than 5 redirects (a redirect loop)
+  kBadAnswer,         // the server's answer is not HTTP, or was cut short
+  kCancelled,         // the caller's stop token asked for a stop
+  kOther,             // anything else (TLS failures among them), see the message
 };
 
 struct HttpResponse {
