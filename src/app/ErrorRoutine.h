@@ -32,7 +32,8 @@ inline constexpr const char* kErrorPromptText =
     "Do you want to inform the Gorvan Support about this problem";
 inline constexpr const char* kSendErrorLog = "Send Error Log";
 inline constexpr const char* kDoNotSendLog = "Do Not Send Log";
-inline constexpr const char* kOutOfMemoryMessage = "System is running is out of memory!! Quitting!!";
+inline constexpr const char* kOutOfMemoryMessage =
+    "System is running is out of memory!! Quitting!!";
 
 class ErrorRoutine {
  public:

@@ -79,7 +79,8 @@ bool IconMap::Load(const std::string& path) {
   in.seekg(0, std::ios::end);
   const std::streamoff size = in.tellg();
   in.seekg(0);
-  std::string text(size < 0 ? kMaxFileBytes : std::min<size_t>(static_cast<size_t>(size), kMaxFileBytes), '\0');
+  std::string text(
+      size < 0 ? kMaxFileBytes : std::min<size_t>(static_cast<size_t>(size), kMaxFileBytes), '\0');
   in.read(text.data(), static_cast<std::streamsize>(text.size()));
   text.resize(static_cast<size_t>(in.gcount()));
   std::string_view rest = text;

@@ -29,9 +29,9 @@ bool ServerAnswer::Parse(std::string_view text, ServerAnswer* answer) {
   const std::string_view body = text.substr(open + 8, close - open - 8);
   ServerAnswer a;
   if (!Element(body, "CurrentVersion", &a.currentVersion) ||
-      !Element(body, "ReleaseDate", &a.releaseDate) ||
-      !Element(body, "ExtraInfo", &a.extraInfo) || !Element(body, "Ticket", &a.ticket) ||
-      !Element(body, "UrlStd", &a.urlStd) || !Element(body, "UrlPro", &a.urlPro)) {
+      !Element(body, "ReleaseDate", &a.releaseDate) || !Element(body, "ExtraInfo", &a.extraInfo) ||
+      !Element(body, "Ticket", &a.ticket) || !Element(body, "UrlStd", &a.urlStd) ||
+      !Element(body, "UrlPro", &a.urlPro)) {
     return false;
   }
   *answer = std::move(a);

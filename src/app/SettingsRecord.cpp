@@ -12,8 +12,8 @@
 namespace gorvan {
 namespace {
 
-using Member = std::variant<bool SettingsRecord::*, int32_t SettingsRecord::*,
-                            std::string SettingsRecord::*>;
+using Member =
+    std::variant<bool SettingsRecord::*, int32_t SettingsRecord::*, std::string SettingsRecord::*>;
 
 struct Field {
   std::string key;
@@ -80,15 +80,15 @@ const std::vector<Field>& Fields() {
 constexpr const char* kSkinSupportSaveKey = "lEnableSkinSupport ";
 const std::vector<std::string> kSaveOrder = {
     "FreeDbEnabled", "FreeDbUseDatabase", "FreeDbUseUrl", "FreedbDatabasePath", "FreeDbUrl",
-    "FreeDbArtistAfterIf", "FreeDbArtistBeforeIf", "CurrentBackground", "DefaultFont",
-    "htmlColor1", "htmlColor2", "htmlColor3", "htmlColor4", "lDragDrop",
+    "FreeDbArtistAfterIf", "FreeDbArtistBeforeIf", "CurrentBackground", "DefaultFont", "htmlColor1",
+    "htmlColor2", "htmlColor3", "htmlColor4", "lDragDrop",
     // the notification switches
     "lNotifyNoInternet", "lNotifyConnectFreedb", "lNotifyConnectFreedbAction", "lNotifyBackup",
     "lNotifySaveAs", "lNotifyCdChange", "lNotifyCompact", "lNotifyUpgrade", "lNotifyErrorSend",
     "lNotifyExport", "lNotifyExport_Search", "lNotifyNewVersion", "lNotifyPackGarbage",
-    "lShellIntegration", kSkinSupportSaveKey, "RetainSize", "UnicodeEnabled",
-    "StartupDriveSelect", "lEnableAutoInsert", "lNotifyEnhancedCd", "lAssumeEnhancedCd",
-    "lInteractiveSearch", "SkinSupportEnabled", "SkinName",
+    "lShellIntegration", kSkinSupportSaveKey, "RetainSize", "UnicodeEnabled", "StartupDriveSelect",
+    "lEnableAutoInsert", "lNotifyEnhancedCd", "lAssumeEnhancedCd", "lInteractiveSearch",
+    "SkinSupportEnabled", "SkinName",
     // keys this program adds
     "SupportServer", "SupportWebAddress", "SupportEmail", "FreeDbProtocolLevel",
     "MusicBrainzEnabled"};
@@ -112,10 +112,10 @@ std::string TextOf(const SettingsRecord& r, const Field& f) {
 // Sets the field from stored text; text of the wrong type leaves the default.
 void SetFrom(SettingsRecord& r, const Field& f, const std::string& text) {
   if (auto b = std::get_if<bool SettingsRecord::*>(&f.member)) {
-    r.**b = SettingsStore::ParseBool(text);
+    r.** b = SettingsStore::ParseBool(text);
   } else if (auto i = std::get_if<int32_t SettingsRecord::*>(&f.member)) {
     int32_t n = 0;
-    if (SettingsRecord::Parse(f.type, text, &n)) r.**i = n;
+    if (SettingsRecord::Parse(f.type, text, &n)) r.** i = n;
   } else {
     r.*std::get<std::string SettingsRecord::*>(f.member) = text;
   }
@@ -189,18 +189,18 @@ void SettingsRecord::Load(Prompt& prompt, const ShellIntegration& shell) {
 }
 
 void SettingsRecord::Save(const ShellIntegration& shell, const Writer& write) const {
-  const Writer put = write ? write : [](const std::string& section, const std::string& key,
-                                        const std::string& value) {
-    return SettingsStore::PutText(section, key, value);
-  };
+  const Writer put =
+      write ? write
+            : [](const std::string& section, const std::string& key, const std::string& value) {
+                return SettingsStore::PutText(section, key, value);
+              };
   for (const std::string& key : kSaveOrder) put(kSwitches, key, TextOf(*this, *FieldOf(key)));
   shell.Apply(lShellIntegration);
 }
 
 int SettingsRecord::BackgroundPicture() const {
-  return !skinSupportEnabled && currentBackground >= 1 && currentBackground <= 9
-             ? currentBackground
-             : 0;
+  return !skinSupportEnabled && currentBackground >= 1 && currentBackground <= 9 ? currentBackground
+                                                                                 : 0;
 }
 
 }  // namespace gorvan

@@ -79,8 +79,8 @@ bool WriteIfDifferent(const std::string& path, const std::string& contents, bool
   std::error_code ec;
   fs::create_directories(fs::path(path).parent_path(), ec);
   const std::string temp = path + ".~gorvan";
-  const int fd = ::open(temp.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC,
-                        executable ? 0755 : 0644);
+  const int fd =
+      ::open(temp.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, executable ? 0755 : 0644);
   if (fd < 0) return false;
   size_t done = 0;
   while (done < contents.size()) {
@@ -89,8 +89,8 @@ bool WriteIfDifferent(const std::string& path, const std::string& contents, bool
     if (n <= 0) break;
     done += static_cast<size_t>(n);
   }
-  const bool ok = ::close(fd) == 0 && done == contents.size() &&
-                  ::rename(temp.c_str(), path.c_str()) == 0;
+  const bool ok =
+      ::close(fd) == 0 && done == contents.size() && ::rename(temp.c_str(), path.c_str()) == 0;
   if (!ok) ::unlink(temp.c_str());
   return ok;
 }
@@ -123,7 +123,8 @@ void RunTool(const char* tool, const std::string& folder) {
 
 std::string_view TrimView(std::string_view s) {
   while (!s.empty() && (s.front() == ' ' || s.front() == '\t')) s.remove_prefix(1);
-  while (!s.empty() && (s.back() == ' ' || s.back() == '\t' || s.back() == '\r')) s.remove_suffix(1);
+  while (!s.empty() && (s.back() == ' ' || s.back() == '\t' || s.back() == '\r'))
+    s.remove_suffix(1);
   return s;
 }
 
@@ -131,12 +132,23 @@ std::string XmlEscape(std::string_view text) {
   std::string out;
   for (char c : text) {
     switch (c) {
-      case '&': out += "&amp;"; break;
-      case '<': out += "&lt;"; break;
-      case '>': out += "&gt;"; break;
-      case '"': out += "&quot;"; break;
-      case '\'': out += "&apos;"; break;
-      default: out.push_back(c);
+      case '&':
+        out += "&amp;";
+        break;
+      case '<':
+        out += "&lt;";
+        break;
+      case '>':
+        out += "&gt;";
+        break;
+      case '"':
+        out += "&quot;";
+        break;
+      case '\'':
+        out += "&apos;";
+        break;
+      default:
+        out.push_back(c);
     }
   }
   return out;
@@ -147,11 +159,20 @@ std::string DesktopEscape(std::string_view text) {
   std::string out;
   for (char c : text) {
     switch (c) {
-      case '\\': out += "\\\\"; break;
-      case '\n': out += "\\n"; break;
-      case '\r': out += "\\r"; break;
-      case '\t': out += "\\t"; break;
-      default: out.push_back(c);
+      case '\\':
+        out += "\\\\";
+        break;
+      case '\n':
+        out += "\\n";
+        break;
+      case '\r':
+        out += "\\r";
+        break;
+      case '\t':
+        out += "\\t";
+        break;
+      default:
+        out.push_back(c);
     }
   }
   return out;
@@ -494,7 +515,7 @@ std::vector<ShellIntegration::Item> ShellIntegration::Status() const {
   {
     const std::optional<std::string> text = ReadSmall(Path(kMimeAppsPath, true));
     const HandlerLine h = FindHandler(text ? SplitLines(*text) : std::vector<std::string>());
-    const State s = h.line == std::string::npos ? State::kMissing
+    const State s = h.line == std::string::npos  ? State::kMissing
                     : h.value == kDesktopEntryId ? State::kInstalled
                                                  : State::kDiffers;
     items.push_back({"default handler", Path(kMimeAppsPath, true), s, false});
@@ -502,9 +523,9 @@ std::vector<ShellIntegration::Item> ShellIntegration::Status() const {
   {
     const std::string icon = Resources::File(kIconResource);
     const std::optional<std::string> svg = icon.empty() ? std::nullopt : ReadSmall(icon);
-    const State s = !svg ? (::access(Path(kIconPath).c_str(), F_OK) == 0 ? State::kInstalled
-                                                                           : State::kMissing)
-                         : fileState(Path(kIconPath), *svg);
+    const State s =
+        !svg ? (::access(Path(kIconPath).c_str(), F_OK) == 0 ? State::kInstalled : State::kMissing)
+             : fileState(Path(kIconPath), *svg);
     items.push_back({"icon", Path(kIconPath), s, false});
   }
   const auto scriptState = [&](const std::string& path, const std::string& expected) {
@@ -515,8 +536,7 @@ std::vector<ShellIntegration::Item> ShellIntegration::Status() const {
                    scriptState(Path(kNautilusPath), NautilusScript()), true});
   items.push_back({"Dolphin service menu", Path(kDolphinPath),
                    scriptState(Path(kDolphinPath), DolphinServiceMenu()), true});
-  items.push_back(
-      {"Nemo action", Path(kNemoPath), fileState(Path(kNemoPath), NemoAction()), true});
+  items.push_back({"Nemo action", Path(kNemoPath), fileState(Path(kNemoPath), NemoAction()), true});
   {
     const std::optional<std::string> text = ReadSmall(Path(kThunarPath, true));
     State s = State::kMissing;

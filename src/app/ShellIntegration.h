@@ -60,9 +60,7 @@ class ShellIntegration {
   void InstallFolderActions() const;
   void RemoveFolderActions() const;
   // Installs the folder actions when install is true, removes them otherwise.
-  void Apply(bool install) const {
-    install ? InstallFolderActions() : RemoveFolderActions();
-  }
+  void Apply(bool install) const { install ? InstallFolderActions() : RemoveFolderActions(); }
   // Every item with its state, file type first.
   std::vector<Item> Status() const;
 

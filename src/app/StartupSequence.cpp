@@ -113,8 +113,7 @@ CommandLine StartupSequence::ParseCommandLine(const std::vector<std::string>& ar
   return line;
 }
 
-std::string StartupSequence::ChooseFont(
-    const std::function<bool(const std::string&)>& installed) {
+std::string StartupSequence::ChooseFont(const std::function<bool(const std::string&)>& installed) {
   const std::string chosen = SettingsStore::GetText("Fonts", "Default", "Arial");
   if (!installed || installed(chosen)) return chosen;
   for (const char* fallback : {"Arial", "Tahoma", "Times Roman", "Courier"}) {
@@ -173,8 +172,8 @@ StartupResult StartupSequence::Run(const std::vector<std::string>& args) {
   result.versionString = VersionString();
   result.files = AppFiles::Fix();
   if (::access(result.files.appFolder.c_str(), W_OK) != 0) {
-    result.appFolderProblem = "Gorvan cannot write to its folder " + result.files.appFolder +
-                              " (" + std::strerror(errno) +
+    result.appFolderProblem = "Gorvan cannot write to its folder " + result.files.appFolder + " (" +
+                              std::strerror(errno) +
                               ").\nThe error log, the icon map and the default catalog cannot "
                               "be kept there until this is put right.";
     prompt_.Message(result.appFolderProblem, PromptIcon::kWarning);

@@ -35,18 +35,18 @@ inline constexpr const char* kReminderLine2 = "Please download a newer version f
 // read-only ones (images, help, tips) in the resource folder (Resources).
 struct AppFiles {
   std::string appFolder;
-  std::string imagesFolder;    // resources: "images"
-  std::string skinsFolder;     // application folder: "skins" (the user's skins)
-  std::string iconsFolder;     // application folder: "icons" (file-type icon cache)
-  std::string iniFile;         // "Gorvan.ini"
-  std::string errorLog;        // "Gorvan.err"
-  std::string mapFile;         // "Gorvan.map"
-  std::string tipsFile;        // resources: "tips/Gorvan.tip"
-  std::string styleSheet;      // "Gorvan.xsx"
-  std::string reportTemplate;  // "Gorvan.hxm"
-  std::string reportTemplate2; // "Gorvan.hym"
-  std::string helpFile;        // resources: "help/index.html"
-  std::string defaultCatalog;  // "Gorvan.cd"
+  std::string imagesFolder;     // resources: "images"
+  std::string skinsFolder;      // application folder: "skins" (the user's skins)
+  std::string iconsFolder;      // application folder: "icons" (file-type icon cache)
+  std::string iniFile;          // "Gorvan.ini"
+  std::string errorLog;         // "Gorvan.err"
+  std::string mapFile;          // "Gorvan.map"
+  std::string tipsFile;         // resources: "tips/Gorvan.tip"
+  std::string styleSheet;       // "Gorvan.xsx"
+  std::string reportTemplate;   // "Gorvan.hxm"
+  std::string reportTemplate2;  // "Gorvan.hym"
+  std::string helpFile;         // resources: "help/index.html"
+  std::string defaultCatalog;   // "Gorvan.cd"
 
   // Every path, in the order images, skins, icons, INI file, error log, map,
   // tips, style sheet, the two templates; then the help file and the default

@@ -84,7 +84,8 @@ bool SectionName(std::string_view line, std::string_view* name) {
   line = Trim(line);
   if (line.empty() || line.front() != '[') return false;
   const size_t close = line.find(']');
-  *name = Trim(line.substr(1, close == std::string_view::npos ? std::string_view::npos : close - 1));
+  *name =
+      Trim(line.substr(1, close == std::string_view::npos ? std::string_view::npos : close - 1));
   return true;
 }
 
@@ -128,7 +129,8 @@ std::string ReadIniString(const std::string& section, const std::string& key,
                           const std::string& defaultValue, const std::string& file) {
   std::string text;
   int error = 0;
-  if (!ReadAtMost(PathOf(file), kMaxIniFileBytes, &text, &error)) return ThroughBuffer(defaultValue);
+  if (!ReadAtMost(PathOf(file), kMaxIniFileBytes, &text, &error))
+    return ThroughBuffer(defaultValue);
   if (text.size() > kMaxIniFileBytes) text.resize(kMaxIniFileBytes);
   bool inSection = false;
   for (std::string_view line : Lines(text)) {
@@ -214,8 +216,8 @@ bool WriteIniString(const std::string& section, const std::string& key, const st
 }
 
 bool GetIniBool(const std::string& key, bool defaultValue) {
-  return SettingsStore::ParseBool(ReadIniString(kIniSwitches, key, SettingsStore::BoolText(defaultValue),
-                                                AppFolder::File(kIniFileName)));
+  return SettingsStore::ParseBool(ReadIniString(
+      kIniSwitches, key, SettingsStore::BoolText(defaultValue), AppFolder::File(kIniFileName)));
 }
 
 }  // namespace gorvan

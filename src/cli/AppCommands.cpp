@@ -1,6 +1,5 @@
 // gorvan-cli settings, integrate, version-check and send-error.
 #include <CLI/CLI.hpp>
-
 #include <iostream>
 #include <memory>
 
@@ -54,7 +53,8 @@ int SettingsSet(const CliContext& ctx, const SettingsArgs& a) {
     if (known->type == SettingType::kBool) {
       std::string lower = value;
       for (char& c : lower) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-      if (lower != "true" && lower != "false") return ctx.Fail(name + " is True or False", kExitUsage);
+      if (lower != "true" && lower != "false")
+        return ctx.Fail(name + " is True or False", kExitUsage);
       value = SettingsStore::BoolText(lower == "true");
     } else if (known->type != SettingType::kText &&
                !SettingsRecord::Parse(known->type, value, &number)) {
@@ -70,9 +70,12 @@ int SettingsSet(const CliContext& ctx, const SettingsArgs& a) {
 
 const char* StateText(ShellIntegration::State s) {
   switch (s) {
-    case ShellIntegration::State::kInstalled: return "installed";
-    case ShellIntegration::State::kDiffers: return "differs";
-    case ShellIntegration::State::kMissing: break;
+    case ShellIntegration::State::kInstalled:
+      return "installed";
+    case ShellIntegration::State::kDiffers:
+      return "differs";
+    case ShellIntegration::State::kMissing:
+      break;
   }
   return "missing";
 }
@@ -81,8 +84,7 @@ const char* StateText(ShellIntegration::State s) {
 std::string PrintStatus(const ShellIntegration& shell, bool check, bool installed) {
   std::string wrong;
   for (const ShellIntegration::Item& item : shell.Status()) {
-    std::cout << item.name << "\t" << StateText(item.state) << "\t" << TsvEscape(item.path)
-              << "\n";
+    std::cout << item.name << "\t" << StateText(item.state) << "\t" << TsvEscape(item.path) << "\n";
     // Without the icon among the resources there is no icon to install.
     if (item.name == "icon" && installed && Resources::File("images/gorvan.svg").empty()) continue;
     const bool ok = installed ? item.state == ShellIntegration::State::kInstalled
@@ -137,9 +139,11 @@ void AddAppCommands(CLI::App& app, CliContext& ctx, int* result) {
   auto a = std::make_shared<SettingsArgs>();
   CLI::App* settings = app.add_subcommand("settings", "The per-user settings store");
   settings->require_subcommand(1);
-  settings->add_subcommand("list", "Every stored value as section/key=value")
-      ->callback([result] { *result = SettingsList(); });
-  CLI::App* get = settings->add_subcommand("get", "One value (a known setting's default when unset)");
+  settings->add_subcommand("list", "Every stored value as section/key=value")->callback([result] {
+    *result = SettingsList();
+  });
+  CLI::App* get =
+      settings->add_subcommand("get", "One value (a known setting's default when unset)");
   get->add_option("SECTION", a->section)->required();
   get->add_option("KEY", a->key)->required();
   get->callback([&ctx, result, a] { *result = SettingsGet(ctx, *a); });
@@ -168,8 +172,9 @@ void AddAppCommands(CLI::App& app, CliContext& ctx, int* result) {
   send->callback([&ctx, result, email] {
     // The address entered is kept, as the send dialog keeps it.
     if (!email->empty()) SettingsStore::PutText("Defaults", "UserEmail", *email);
-    *result = Report(ctx, SupportClient(SupportSettings())
-                              .SubmitErrorLog(ErrorLog::Default().path(), *email, true));
+    *result = Report(
+        ctx,
+        SupportClient(SupportSettings()).SubmitErrorLog(ErrorLog::Default().path(), *email, true));
   });
 }
 

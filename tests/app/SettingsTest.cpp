@@ -1,17 +1,16 @@
 // The INI store, the settings record (load and save order, the product's
 // reading rules, damaged stores) and the window-layout keys.
 #include <gtest/gtest.h>
-
 #include <sys/stat.h>
 
 #include "app/AppFolder.h"
+#include "app/AppTestSupport.h"
 #include "app/SettingsRecord.h"
 #include "app/SettingsStore.h"
 #include "app/ShellIntegration.h"
 #include "app/WindowLayout.h"
 #include "app/basIniFiles.h"
 #include "support/TempDir.h"
-#include "app/AppTestSupport.h"
 
 namespace gorvan {
 namespace {
@@ -26,21 +25,23 @@ TEST(IniTest, ReadsValuesAsAProfileBufferWould) {
   const std::string ini = dir.File("t.ini");
   const std::string longValue = std::string(125, 'x') + "  yyy";
   ASSERT_TRUE(WriteFileBytes(
-      ini, "; comment\n[Other]\nKey=other\n[ switches ]\r\n  dragdrop = False  \r\nQuoted=\"a b \"\n"
-           "Long=" + longValue + "\nNul=ab" + std::string(1, '\0') + "cd\n[Switches]\nLate=1\n"));
+      ini,
+      "; comment\n[Other]\nKey=other\n[ switches ]\r\n  dragdrop = False  \r\nQuoted=\"a b \"\n"
+      "Long=" +
+          longValue + "\nNul=ab" + std::string(1, '\0') + "cd\n[Switches]\nLate=1\n"));
   const struct {
     const char* section;
     const char* key;
     const char* defaultValue;
     std::string expected;
   } cases[] = {
-      {"Switches", "DragDrop", "", "False"},          // names ignore case, blanks trimmed
-      {"SWITCHES", "Quoted", "", "a b"},              // quotes dropped, then trailing blank
+      {"Switches", "DragDrop", "", "False"},            // names ignore case, blanks trimmed
+      {"SWITCHES", "Quoted", "", "a b"},                // quotes dropped, then trailing blank
       {"Switches", "Long", "", std::string(125, 'x')},  // 127 characters, trailing blanks cut
-      {"Switches", "Nul", "", "ab"},                  // cut at the NUL
-      {"Switches", "Key", "none", "none"},            // a key of another section
-      {"Switches", "Late", "d", "d"},                 // only the first section counts
-      {"Missing", "Key", "dflt  ", "dflt"},           // the default goes through the buffer too
+      {"Switches", "Nul", "", "ab"},                    // cut at the NUL
+      {"Switches", "Key", "none", "none"},              // a key of another section
+      {"Switches", "Late", "d", "d"},                   // only the first section counts
+      {"Missing", "Key", "dflt  ", "dflt"},             // the default goes through the buffer too
   };
   for (const auto& c : cases) {
     EXPECT_EQ(ReadIniString(c.section, c.key, c.defaultValue, ini), c.expected) << c.key;
@@ -63,7 +64,8 @@ TEST(IniTest, WritesKeysInPlaceAndLogsAFailedWrite) {
   ASSERT_TRUE(WriteFileBytes(dir.File("file"), "x"));
   EXPECT_FALSE(WriteIniString("S", "K", "V", dir.File("file") + "/sub.ini"));
   const std::string big = dir.File("big.ini");
-  ASSERT_TRUE(WriteFileBytes(big, "[S]\nK=early\n" + std::string(kMaxIniFileBytes, ';') + "\nL=x\n"));
+  ASSERT_TRUE(
+      WriteFileBytes(big, "[S]\nK=early\n" + std::string(kMaxIniFileBytes, ';') + "\nL=x\n"));
   EXPECT_FALSE(WriteIniString("S", "K", "V", big)) << "a file too large to read whole";
   EXPECT_EQ(ReadIniString("S", "K", "", big), "early");
   EXPECT_EQ(ReadIniString("S", "L", "beyond", big), "beyond");
@@ -107,11 +109,17 @@ TEST(SettingsRecordTest, LoadAppliesTheReadingRulesInOrder) {
   ASSERT_TRUE(WriteIniString("Switches", "DragDrop", "False", AppFolder::File("Gorvan.ini")));
   ASSERT_TRUE(WriteIniString("Switches", "Background", "false", AppFolder::File("Gorvan.ini")));
   ASSERT_TRUE(WriteIniString("Switches", "NoSubclass", "no", AppFolder::File("Gorvan.ini")));
-  const std::pair<const char*, const char*> stored[] = {
-      {"CurrentBackground", "-3"}, {"lNotifyBackup", "TRUE"}, {"lNotifyCompact", "yes"},
-      {"lNotifyNewVersion", " true"}, {"htmlColor1", "4294967295"}, {"htmlColor2", "red"},
-      {"StartupDriveSelect", "2.5"}, {"lShellIntegration", "False"}, {"SkinName", "Blue"},
-      {"SkinSupportEnabled", "False"}, {"FreeDbProtocolLevel", "99999999999"}};
+  const std::pair<const char*, const char*> stored[] = {{"CurrentBackground", "-3"},
+                                                        {"lNotifyBackup", "TRUE"},
+                                                        {"lNotifyCompact", "yes"},
+                                                        {"lNotifyNewVersion", " true"},
+                                                        {"htmlColor1", "4294967295"},
+                                                        {"htmlColor2", "red"},
+                                                        {"StartupDriveSelect", "2.5"},
+                                                        {"lShellIntegration", "False"},
+                                                        {"SkinName", "Blue"},
+                                                        {"SkinSupportEnabled", "False"},
+                                                        {"FreeDbProtocolLevel", "99999999999"}};
   for (const auto& [key, value] : stored) SettingsStore::PutText("Switches", key, value);
   const ShellIntegration shell("/usr/bin/gorvan");
   shell.InstallFolderActions();
@@ -145,17 +153,49 @@ TEST(SettingsRecordTest, LoadAppliesTheReadingRulesInOrder) {
 
 TEST(SettingsRecordTest, SaveWritesItsOrderAndNeverCarriesTheSkinSwitch) {
   test::FreshUser user;
-  const std::vector<std::string> expected = {
-      "FreeDbEnabled", "FreeDbUseDatabase", "FreeDbUseUrl", "FreedbDatabasePath", "FreeDbUrl",
-      "FreeDbArtistAfterIf", "FreeDbArtistBeforeIf", "CurrentBackground", "DefaultFont",
-      "htmlColor1", "htmlColor2", "htmlColor3", "htmlColor4", "lDragDrop", "lNotifyNoInternet",
-      "lNotifyConnectFreedb", "lNotifyConnectFreedbAction", "lNotifyBackup", "lNotifySaveAs",
-      "lNotifyCdChange", "lNotifyCompact", "lNotifyUpgrade", "lNotifyErrorSend", "lNotifyExport",
-      "lNotifyExport_Search", "lNotifyNewVersion", "lNotifyPackGarbage", "lShellIntegration",
-      "lEnableSkinSupport ", "RetainSize", "UnicodeEnabled", "StartupDriveSelect",
-      "lEnableAutoInsert", "lNotifyEnhancedCd", "lAssumeEnhancedCd", "lInteractiveSearch",
-      "SkinSupportEnabled", "SkinName", "SupportServer", "SupportWebAddress", "SupportEmail",
-      "FreeDbProtocolLevel", "MusicBrainzEnabled"};
+  const std::vector<std::string> expected = {"FreeDbEnabled",
+                                             "FreeDbUseDatabase",
+                                             "FreeDbUseUrl",
+                                             "FreedbDatabasePath",
+                                             "FreeDbUrl",
+                                             "FreeDbArtistAfterIf",
+                                             "FreeDbArtistBeforeIf",
+                                             "CurrentBackground",
+                                             "DefaultFont",
+                                             "htmlColor1",
+                                             "htmlColor2",
+                                             "htmlColor3",
+                                             "htmlColor4",
+                                             "lDragDrop",
+                                             "lNotifyNoInternet",
+                                             "lNotifyConnectFreedb",
+                                             "lNotifyConnectFreedbAction",
+                                             "lNotifyBackup",
+                                             "lNotifySaveAs",
+                                             "lNotifyCdChange",
+                                             "lNotifyCompact",
+                                             "lNotifyUpgrade",
+                                             "lNotifyErrorSend",
+                                             "lNotifyExport",
+                                             "lNotifyExport_Search",
+                                             "lNotifyNewVersion",
+                                             "lNotifyPackGarbage",
+                                             "lShellIntegration",
+                                             "lEnableSkinSupport ",
+                                             "RetainSize",
+                                             "UnicodeEnabled",
+                                             "StartupDriveSelect",
+                                             "lEnableAutoInsert",
+                                             "lNotifyEnhancedCd",
+                                             "lAssumeEnhancedCd",
+                                             "lInteractiveSearch",
+                                             "SkinSupportEnabled",
+                                             "SkinName",
+                                             "SupportServer",
+                                             "SupportWebAddress",
+                                             "SupportEmail",
+                                             "FreeDbProtocolLevel",
+                                             "MusicBrainzEnabled"};
   SettingsRecord r;
   r.lEnableSkinSupport = false;
   r.currentBackground = 4;
@@ -189,8 +229,9 @@ TEST(SettingsRecordTest, ADamagedStoreKeepsWhatReadsAndAnUnwritableOneLogs) {
   test::FreshUser user;
   const std::string file = StoreFile();
   ASSERT_EQ(::system(("mkdir -p '" + file.substr(0, file.rfind('/')) + "'").c_str()), 0);
-  std::string junk = "[Switches]\nlNotifyBackup=False\nhtmlColor4=@Variant(\\0\\0\\0\\x7f)\n"
-                     "DefaultFont=a, b, c\n\x01\xff\xfe[[[=\n";
+  std::string junk =
+      "[Switches]\nlNotifyBackup=False\nhtmlColor4=@Variant(\\0\\0\\0\\x7f)\n"
+      "DefaultFont=a, b, c\n\x01\xff\xfe[[[=\n";
   for (int i = 0; i < 20000; ++i) junk += "garbage line " + std::to_string(i) + " ===\n";
   ASSERT_TRUE(WriteFileBytes(file, junk + "[Switches]\nStartupDriveSelect=5\n"));
   test::ScriptedPrompt prompt;

@@ -2,7 +2,6 @@
 // the freedesktop tools, installing twice, removing, other programs' entries
 // kept, and the resource folder the icon comes from.
 #include <gtest/gtest.h>
-
 #include <sys/stat.h>
 
 #include <QMimeDatabase>
@@ -61,7 +60,8 @@ TEST_F(ShellIntegrationTest, InstalledFilesAreValidAndFound) {
             std::string::npos);
   EXPECT_NE(Inode(Data("icons/hicolor/scalable/apps/gorvan.svg")), 0u);
   // The packaged files are what the integration writes for an installed program.
-  EXPECT_EQ(ReadFileBytes(GORVAN_SOURCE_DIR "/packaging/gorvan.xml"), ShellIntegration::MimePackage());
+  EXPECT_EQ(ReadFileBytes(GORVAN_SOURCE_DIR "/packaging/gorvan.xml"),
+            ShellIntegration::MimePackage());
   EXPECT_EQ(ReadFileBytes(GORVAN_SOURCE_DIR "/packaging/gorvan.desktop"),
             ShellIntegration::DesktopEntry("gorvan"));
 
@@ -88,17 +88,20 @@ TEST_F(ShellIntegrationTest, InstallingTwiceKeepsOneEntryAndOtherProgramsEntries
                  "<?xml version=\"1.0\"?>\n<actions>\n<action>\n\t<name>Open Terminal Here</name>\n"
                  "</action>\n</actions>\n");
   ASSERT_EQ(::mkdir(Config("").c_str(), 0755), 0);
-  const std::string others = "[Added Associations]\ntext/plain=gedit.desktop;\n\n"
-                             "[Default Applications]\nimage/png=eog.desktop\n";
+  const std::string others =
+      "[Added Associations]\ntext/plain=gedit.desktop;\n\n"
+      "[Default Applications]\nimage/png=eog.desktop\n";
   WriteFileBytes(Config("mimeapps.list"), others);
 
   const ShellIntegration shell("/usr/bin/gorvan");
   shell.RegisterFileType();
   shell.InstallFolderActions();
-  const std::vector<std::string> files = {
-      Data("mime/packages/gorvan.xml"), Data("applications/gorvan.desktop"),
-      Config("mimeapps.list"), Data("kio/servicemenus/gorvan-catalog.desktop"),
-      Data("nemo/actions/gorvan-catalog.nemo_action"), Config("Thunar/uca.xml")};
+  const std::vector<std::string> files = {Data("mime/packages/gorvan.xml"),
+                                          Data("applications/gorvan.desktop"),
+                                          Config("mimeapps.list"),
+                                          Data("kio/servicemenus/gorvan-catalog.desktop"),
+                                          Data("nemo/actions/gorvan-catalog.nemo_action"),
+                                          Config("Thunar/uca.xml")};
   std::vector<ino_t> first;
   for (const std::string& f : files) first.push_back(Inode(f));
   shell.RegisterFileType();
@@ -167,8 +170,8 @@ TEST(DesktopExecTest, QuotesAndEscapesAsTheDesktopEntryRulesSay) {
 
 TEST(ResourcesTest, FoundBesideInstalledAndBuildTreePrograms) {
   test::TempDir dir;
-  for (const char* folder : {"/usr/bin", "/usr/share/gorvan", "/build/src/cli", "/build/share/gorvan",
-                             "/lone/bin"}) {
+  for (const char* folder :
+       {"/usr/bin", "/usr/share/gorvan", "/build/src/cli", "/build/share/gorvan", "/lone/bin"}) {
     ASSERT_EQ(std::system(("mkdir -p '" + dir.path() + folder + "'").c_str()), 0);
   }
   EXPECT_EQ(Resources::FolderFrom(dir.File("usr/bin/gorvan")), dir.File("usr/share/gorvan"));

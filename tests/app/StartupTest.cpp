@@ -2,7 +2,6 @@
 // read-only check, the one-time clean-up, the reminder, the font, the view
 // mode and the icon map.
 #include <gtest/gtest.h>
-
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -10,9 +9,9 @@
 #include <filesystem>
 
 #include "app/AppFolder.h"
+#include "app/AppTestSupport.h"
 #include "app/CatalogHistory.h"
 #include "app/IconMap.h"
-#include "app/AppTestSupport.h"
 #include "app/SettingsStore.h"
 #include "app/StartupSequence.h"
 #include "catalog/ReadOnlyCheck.h"
@@ -170,9 +169,9 @@ TEST(IconMapTest, SkipsMalformedLinesAndWritesBack) {
   WriteFileBytes(map, "mp3,i_0001\r\nbad\na,b,c\n\n,i_0002\nMP3,i_0003\nlast,i_0004");
   IconMap icons;
   ASSERT_TRUE(icons.Load(map));
-  EXPECT_EQ(icons.entries(), (std::vector<IconMap::Entry>{
-                                 {"mp3", "i_0001"}, {"", "i_0002"}, {"MP3", "i_0003"},
-                                 {"last", "i_0004"}}));
+  EXPECT_EQ(icons.entries(),
+            (std::vector<IconMap::Entry>{
+                {"mp3", "i_0001"}, {"", "i_0002"}, {"MP3", "i_0003"}, {"last", "i_0004"}}));
   EXPECT_EQ(icons.KeyOf(".Mp3"), "i_0001");
   icons.Set("mp3", "i_0009");
   icons.Set(".ogg", "i_0010");

@@ -5,9 +5,9 @@
 #include <thread>
 
 #include "app/AppFolder.h"
+#include "app/AppTestSupport.h"
 #include "app/ErrorLog.h"
 #include "app/ErrorRoutine.h"
-#include "app/AppTestSupport.h"
 #include "app/SettingsRecord.h"
 #include "app/SettingsStore.h"
 #include "app/SupportClient.h"
@@ -26,7 +26,9 @@ using Outcome = SupportClient::Outcome;
 std::string Answer(const std::string& version, const std::string& ticket = "T-1") {
   return "<html><Gorvan><CurrentVersion>" + version +
          "</CurrentVersion><ReleaseDate>2031-02-03</ReleaseDate><ExtraInfo>Faster scans"
-         "</ExtraInfo><Ticket>" + ticket + "</Ticket><UrlStd>https://dl.example/std</UrlStd>"
+         "</ExtraInfo><Ticket>" +
+         ticket +
+         "</Ticket><UrlStd>https://dl.example/std</UrlStd>"
          "<UrlPro></UrlPro></Gorvan></html>";
 }
 
@@ -76,16 +78,16 @@ TEST(ServerAnswerTest, EveryElementMustBePlainTextInsideGorvan) {
     std::string s = good;
     return s.erase(s.find(cut), cut.size());
   };
-  for (const std::string& bad : {
-           std::string("garbage"), std::string(), without("<Gorvan>"), without("</Gorvan>"),
-           without("<UrlPro></UrlPro>"), without("</Ticket>"), Answer("1.<b>2</b>.3"),
-           Answer("1.2.3", "12</Tick>"), good.substr(0, good.find("<UrlStd>") + 12),
-           "<UrlPro></UrlPro>" + without("<UrlPro></UrlPro>")}) {
+  for (const std::string& bad :
+       {std::string("garbage"), std::string(), without("<Gorvan>"), without("</Gorvan>"),
+        without("<UrlPro></UrlPro>"), without("</Ticket>"), Answer("1.<b>2</b>.3"),
+        Answer("1.2.3", "12</Tick>"), good.substr(0, good.find("<UrlStd>") + 12),
+        "<UrlPro></UrlPro>" + without("<UrlPro></UrlPro>")}) {
     EXPECT_FALSE(ServerAnswer::Parse(bad, &a)) << bad;
   }
   VersionParts v{};
-  for (const char* text : {"2.1", "2.x.0", "1.2.3.4", "", "1..3", " 1.2.3", "1.2.3 ", "-1.2.3",
-                           "1234567890.0.0"}) {
+  for (const char* text :
+       {"2.1", "2.x.0", "1.2.3.4", "", "1..3", " 1.2.3", "1.2.3 ", "-1.2.3", "1234567890.0.0"}) {
     EXPECT_FALSE(ParseVersion(text, &v)) << text;
   }
   ASSERT_TRUE(ParseVersion("10.0.07", &v));
@@ -192,8 +194,9 @@ TEST_F(SupportTest, SubmissionSendsTheLogUpToTheLineThatCrosses20000Characters) 
   WriteFileBytes(dir.File("Gorvan.err"), "a b&c=d\n\nlast");
   server_.Answer("/support/GorvanSubmitError.asp", CannedAnswer::Ok(Answer("1.0.1", "9")));
   const Outcome plain = Client().SubmitErrorLog(dir.File("Gorvan.err"), "", true);
-  EXPECT_EQ(plain.messages[0], "The error log is sent to the Gorvan support!!\n"
-                               "Your follow-up ticket number is [9]\nThank you!!");
+  EXPECT_EQ(plain.messages[0],
+            "The error log is sent to the Gorvan support!!\n"
+            "Your follow-up ticket number is [9]\nThank you!!");
   EXPECT_EQ(Field(server_.Requests().back().body, "fldError"), "a_b&c=d||||last");
   EXPECT_EQ(Field(server_.Requests().back().body, "fldEmail"), "<absent>");
   const Outcome none = Client().SubmitErrorLog(dir.File("missing.err"), "", true);
@@ -218,7 +221,8 @@ TEST_F(SupportTest, ErrorRoutineOffersToSendByModeAndSwitch) {
   ASSERT_EQ(prompt.asked.size(), 1u);
   EXPECT_EQ(prompt.asked[0].title, kErrorPromptTitle);
   EXPECT_EQ(prompt.asked[0].text, kErrorPromptText);
-  EXPECT_EQ(prompt.asked[0].customButtons, (std::vector<std::string>{kSendErrorLog, kDoNotSendLog}));
+  EXPECT_EQ(prompt.asked[0].customButtons,
+            (std::vector<std::string>{kSendErrorLog, kDoNotSendLog}));
   EXPECT_EQ(prompt.asked[0].notifyKey, "lNotifyErrorSend");
   EXPECT_EQ(returned, 1);
   EXPECT_TRUE(server_.Requests().empty());

@@ -1,7 +1,6 @@
 // gorvan-cli settings, integrate, version-check and send-error, in a
 // temporary home and against the local test server.
 #include <gtest/gtest.h>
-
 #include <sys/wait.h>
 
 #include <cstdio>
@@ -41,7 +40,8 @@ class AppCommandsTest : public ::testing::Test {
 
 TEST_F(AppCommandsTest, SettingsReadAndWriteTheStoreWithTypes) {
   EXPECT_EQ(Cli("settings get Switches lNotifyBackup").out, "Switches/lNotifyBackup=True\n");
-  EXPECT_EQ(Cli("settings get Switches FreeDbProtocolLevel").out, "Switches/FreeDbProtocolLevel=6\n");
+  EXPECT_EQ(Cli("settings get Switches FreeDbProtocolLevel").out,
+            "Switches/FreeDbProtocolLevel=6\n");
   EXPECT_EQ(Cli("settings get Defaults Nothing").code, 1);
   EXPECT_EQ(Cli("settings set Switches lNotifyBackup yes").code, 2);
   EXPECT_EQ(Cli("settings set Switches CurrentBackground two").code, 2);
@@ -85,9 +85,9 @@ TEST_F(AppCommandsTest, VersionCheckAndSendErrorTalkToTheConfiguredServer) {
       "</ExtraInfo><Ticket>123</Ticket><UrlStd></UrlStd><UrlPro></UrlPro></Gorvan>";
   server.Answer("/support/GorvanCurrentVersion.asp", CannedAnswer::Ok(answer));
   server.Answer("/support/GorvanSubmitError.asp", CannedAnswer::Ok(answer));
-  ASSERT_EQ(Cli("settings set Switches SupportServer 127.0.0.1:" + std::to_string(server.port()))
-                .code,
-            0);
+  ASSERT_EQ(
+      Cli("settings set Switches SupportServer 127.0.0.1:" + std::to_string(server.port())).code,
+      0);
   r = Cli("version-check");
   EXPECT_EQ(r.code, 0) << r.err;
   EXPECT_EQ(r.out, "Your are using the latest version of Gorvan!!\n");
@@ -103,10 +103,10 @@ TEST_F(AppCommandsTest, VersionCheckAndSendErrorTalkToTheConfiguredServer) {
   EXPECT_NE(server.Requests().back().body.find("fldEmail=ann%40example.org"), std::string::npos);
   EXPECT_EQ(Cli("settings get Defaults UserEmail").out, "Defaults/UserEmail=ann@example.org\n");
 
-  ASSERT_EQ(Cli("settings set Switches SupportServer 127.0.0.1:" +
-                std::to_string(server.refusedPort()))
-                .code,
-            0);
+  ASSERT_EQ(
+      Cli("settings set Switches SupportServer 127.0.0.1:" + std::to_string(server.refusedPort()))
+          .code,
+      0);
   r = Cli("version-check");
   EXPECT_EQ(r.code, 1);
   EXPECT_NE(r.err.find("Internet Connection To Server Failed!!"), std::string::npos) << r.err;
