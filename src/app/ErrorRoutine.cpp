@@ -1,6 +1,8 @@
 #include "app/ErrorRoutine.h"
 
+#include <atomic>
 #include <cstdlib>
+#include <new>
 
 #include "app/ErrorLog.h"
 #include "app/Prompt.h"
@@ -10,6 +12,20 @@
 #include "catalog/ErrorReporter.h"
 
 namespace gorvan {
+namespace {
+
+constexpr size_t kReserveBytes = size_t{1} << 20;
+std::atomic<Prompt*> oomPrompt{nullptr};
+std::atomic<char*> oomReserve{nullptr};
+
+void OnAllocationFailure() {
+  delete[] oomReserve.exchange(nullptr);
+  std::set_new_handler(nullptr);
+  if (Prompt* prompt = oomPrompt.load()) ErrorRoutine::OutOfMemory(*prompt);
+  std::_Exit(1);
+}
+
+}  // namespace
 
 ErrorRoutine::ErrorRoutine(Prompt& prompt, SettingsRecord& settings)
     : prompt_(prompt), settings_(settings), owner_(std::this_thread::get_id()) {}
@@ -75,6 +91,12 @@ bool ErrorRoutine::SendErrorLog() {
       SupportClient(settings_).SubmitErrorLog(ErrorLog::Default().path(), email, true);
   outcome.Show(prompt_);
   return outcome.ok;
+}
+
+void ErrorRoutine::InstallOutOfMemoryHandler(Prompt* prompt) {
+  oomPrompt = prompt;
+  if (!oomReserve.load()) delete[] oomReserve.exchange(new char[kReserveBytes]);
+  std::set_new_handler(OnAllocationFailure);
 }
 
 void ErrorRoutine::OutOfMemory(Prompt& prompt) {

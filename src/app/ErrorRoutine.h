@@ -60,6 +60,10 @@ class ErrorRoutine {
   // Shows kOutOfMemoryMessage through prompt and ends the process (exit
   // status 1): the one failure nothing can carry on from.
   [[noreturn]] static void OutOfMemory(Prompt& prompt);
+  // Makes a failed allocation anywhere call OutOfMemory(*prompt): a reserve
+  // of memory is set aside now and given back first, so that the message can
+  // still be shown. prompt must live until the process ends.
+  static void InstallOutOfMemoryHandler(Prompt* prompt);
 
  private:
   void Offer(int mode);

@@ -264,8 +264,10 @@ TEST(ErrorRoutineDeathTest, OutOfMemoryShowsItsMessageAndQuits) {
   };
   EXPECT_EXIT(
       {
-        Printing prompt;
-        ErrorRoutine::OutOfMemory(prompt);
+        static Printing prompt;
+        ErrorRoutine::InstallOutOfMemoryHandler(&prompt);
+        // What operator new does when an allocation fails.
+        std::get_new_handler()();
       },
       ::testing::ExitedWithCode(1), "System is running is out of memory!! Quitting!!");
 }
