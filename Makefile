@@ -6,6 +6,7 @@
 #   make bench   build and run the benchmarks (release build in build-bench/)
 #   WERROR=1     with any target: warnings are errors (as CI builds)
 #   make fuzz    build the libFuzzer targets with clang and run each for FUZZ_SECONDS
+#   make package deps + build + a Debian package (build/gorvan_<version>_<arch>.deb)
 
 BUILD_DIR     ?= build
 BUILD_TYPE    ?= RelWithDebInfo
@@ -24,7 +25,7 @@ PACKAGES := cmake ninja-build pkg-config g++ clang libclang-rt-14-dev \
 
 SUDO := $(shell [ "$$(id -u)" = 0 ] || echo sudo)
 
-.PHONY: all deps configure build run test bench bench-build fuzz sanitize clean
+.PHONY: all deps configure build run test bench bench-build fuzz sanitize package clean
 
 all: build
 
@@ -62,6 +63,9 @@ run: deps build
 
 test: deps build
 	cd $(BUILD_DIR) && ctest --output-on-failure -j $(JOBS)
+
+package: deps build
+	cmake --build $(BUILD_DIR) --target package
 
 sanitize: deps
 	cmake -S . -B build-asan -G Ninja -DCMAKE_BUILD_TYPE=Debug -DGORVAN_SANITIZE=ON $(OPTIONS)

@@ -57,7 +57,7 @@ TEST_F(WorkflowTest, OpeningAsksForThePasswordUnderTheDialogsRules) {
   given.passwordGiven = true;
   out = CatalogOpener::Open(Path(), prompt_, given);
   EXPECT_FALSE(out.data);
-  EXPECT_EQ(prompt_.shown.back(), "Invalid or Wrong Password !!");
+  EXPECT_EQ(prompt_.Texts().back(), "Invalid or Wrong Password !!");
   given.password = "secret";
   EXPECT_TRUE(CatalogOpener::Open(Path(), prompt_, given).data);
 }
@@ -78,7 +78,7 @@ TEST_F(WorkflowTest, OpeningRefusesWhatIsNoCatalogAndAsksAboutReadOnlyFiles) {
   prompt_.Answer(PromptAnswer::kNo);
   out = CatalogOpener::Open(Path(), prompt_);
   EXPECT_TRUE(out.status.IsRefused());
-  EXPECT_EQ(prompt_.shown.back(), "Your data file is read-only,\ndo you want to make it read-write?");
+  EXPECT_EQ(prompt_.Texts().back(), "Your data file is read-only,\ndo you want to make it read-write?");
   prompt_.Answer(PromptAnswer::kYes);
   EXPECT_TRUE(CatalogOpener::Open(Path(), prompt_).data);
   struct stat st;

@@ -1,6 +1,6 @@
 #pragma once
-// ScriptedPrompt: the Prompt of the shared workflows with answers given by the
-// test in advance; it records every question and message it was shown.
+// ScriptedPrompt: a Prompt that records every question and gives replies the
+// test scripted in advance, so workflows that ask the user run unattended.
 
 #include <deque>
 #include <string>
@@ -12,45 +12,44 @@ namespace gorvan::test {
 
 class ScriptedPrompt : public Prompt {
  public:
-  // Answers, used in order; when one runs out the default is Cancel/No/"".
+  std::vector<PromptRequest> asked;
+  // Used in order; when none is left a message is acknowledged (OK) and a
+  // question answered No.
   std::deque<PromptReply> replies;
-  std::deque<PasswordFields> passwords;
-  std::deque<std::string> files;
-  std::deque<std::string> texts;
-  // What was shown: each request's text, each password dialog's messages.
-  std::vector<std::string> shown;
-  std::vector<std::string> passwordMessages;
+  std::vector<std::string> textLabels;
+  std::string textAnswer;
+  bool textOk = true;
+  std::deque<std::string> files;          // file choices, in order; then ""
+  std::deque<PasswordFields> passwords;   // typed into the password dialog, in order
+  std::vector<std::string> passwordMessages;  // what the dialog showed
 
   void Answer(PromptAnswer answer, bool dontShowAgain = false) {
     replies.push_back({answer, -1, dontShowAgain});
   }
 
   PromptReply Ask(const PromptRequest& request) override {
-    shown.push_back(request.text);
+    asked.push_back(request);
     if (replies.empty()) {
-      return {request.buttons == PromptButtons::kOk ? PromptAnswer::kOk : PromptAnswer::kCancel,
-              -1, false};
+      return {request.buttons == PromptButtons::kOk ? PromptAnswer::kOk : PromptAnswer::kNo, -1,
+              false};
     }
-    const PromptReply r = replies.front();
+    PromptReply r = replies.front();
     replies.pop_front();
     return r;
   }
   bool AskText(const std::string&, const std::string& label, bool, std::string* text) override {
-    shown.push_back(label);
-    if (texts.empty()) return false;
-    *text = texts.front();
-    texts.pop_front();
-    return true;
+    textLabels.push_back(label);
+    *text = textAnswer;
+    return textOk;
   }
-  std::string AskFile(const FileRequest& request) override {
-    shown.push_back(request.title);
+  std::string AskFile(const FileRequest&) override {
     if (files.empty()) return {};
-    const std::string f = files.front();
+    std::string f = files.front();
     files.pop_front();
     return f;
   }
   // Offers the scripted passwords one after the other until the judge passes
-  // one; the messages it gave are kept. False when they run out (Cancel).
+  // one; false (Cancel) when they run out.
   bool AskPassword(bool, const PasswordJudge& judge) override {
     while (!passwords.empty()) {
       const PasswordFields f = passwords.front();
@@ -60,6 +59,13 @@ class ScriptedPrompt : public Prompt {
       passwordMessages.push_back(message);
     }
     return false;
+  }
+
+  // The texts asked so far.
+  std::vector<std::string> Texts() const {
+    std::vector<std::string> out;
+    for (const PromptRequest& r : asked) out.push_back(r.text);
+    return out;
   }
 };
 
