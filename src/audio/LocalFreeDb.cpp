@@ -76,10 +76,11 @@ class EntryScanner {
     if (!line_.empty() && line_.back() == '\r') line_.pop_back();
     if (line_.compare(0, 7, "DISCID=") == 0) {
       hasIdLine_ = true;
-      for (char& c : line_) c = (c >= 'A' && c <= 'Z') ? static_cast<char>(c + 32) : c;
-      if (line_.find(id_) != std::string::npos) {
+      std::string lower = line_;
+      for (char& c : lower) c = (c >= 'A' && c <= 'Z') ? static_cast<char>(c + 32) : c;
+      if (lower.find(id_) != std::string::npos) {
         // The id must be a whole item of the list, not part of another id.
-        const std::vector<std::string_view> one{line_};
+        const std::vector<std::string_view> one{std::string_view(line_)};
         const std::vector<std::string> ids = FreeDbParser::EntryDiscIds(one);
         hasId_ = hasId_ || std::find(ids.begin(), ids.end(), id_) != ids.end();
       }

@@ -59,6 +59,7 @@ bool cFreeDbSPTI::ParseReply(std::span<const uint8_t> reply, DiscToc* toc, std::
   }
   if (!leadOut) {
     *error = "The drive's table of contents has no lead-out";
+    *toc = DiscToc();
     return false;
   }
   const Status s = toc->Check();
