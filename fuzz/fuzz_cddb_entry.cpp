@@ -10,8 +10,8 @@
 #include "audio/FreeDbParser.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
-  const std::string answer = gorvan::AudioText::ToUtf8(
-      std::string_view(reinterpret_cast<const char*>(data), size));
+  const std::string answer =
+      gorvan::AudioText::ToUtf8(std::string_view(reinterpret_cast<const char*>(data), size));
   gorvan::DiscInfo info;
   info.tracks.resize(size % 100);
   const bool parsed = gorvan::FreeDbParser::ParseEntry(answer, {" - ", " by "}, &info);

@@ -44,12 +44,14 @@ class LinuxCdDevice : public CdDevice {
       char text[96];
       std::snprintf(text, sizeof text,
                     "the drive refused READ TOC (status %d, host %d, driver %d, sense key %d)",
-                    io.status, io.host_status, io.driver_status, io.sb_len_wr > 2 ? sense[2] & 15 : 0);
+                    io.status, io.host_status, io.driver_status,
+                    io.sb_len_wr > 2 ? sense[2] & 15 : 0);
       *error = text;
       return false;
     }
     const int resid = io.resid > 0 ? io.resid : 0;
-    *received = data.size() > static_cast<size_t>(resid) ? data.size() - static_cast<size_t>(resid) : 0;
+    *received =
+        data.size() > static_cast<size_t>(resid) ? data.size() - static_cast<size_t>(resid) : 0;
     return true;
   }
 

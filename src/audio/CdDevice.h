@@ -40,8 +40,8 @@ class CdDevice {
   // Sends one SCSI command whose data flows from the drive into `data`
   // (SG_IO), with a time-out. On success: true and *received the number of
   // bytes the drive returned. On failure: false and *error the reason.
-  virtual bool ScsiRead(std::span<const uint8_t> cdb, std::span<uint8_t> data,
-                        unsigned timeoutMs, size_t* received, std::string* error) = 0;
+  virtual bool ScsiRead(std::span<const uint8_t> cdb, std::span<uint8_t> data, unsigned timeoutMs,
+                        size_t* received, std::string* error) = 0;
   // CDROMREADTOCHDR: the first and last track numbers.
   virtual bool ReadTocHeader(uint8_t* first, uint8_t* last, std::string* error) = 0;
   // CDROMREADTOCENTRY in MSF form for entry->track.

@@ -21,9 +21,9 @@ struct DiscInfo {
   std::string album;
   std::string genre;
   std::string year;
-  std::string notes;     // line breaks as CR LF
+  std::string notes;  // line breaks as CR LF
   std::string revision;
-  std::string source;    // "local", "freedb" or "musicbrainz"
+  std::string source;  // "local", "freedb" or "musicbrainz"
   int32_t albumSeconds = 0;
   std::vector<DiscTrack> tracks;
 };

@@ -22,9 +22,8 @@ DiscLookupResult DiscLookup::Run(const FreeDbSettings& settings, const DiscToc& 
   uFreeDb db;
   db.Configure(settings);
   db.SetHttpFetch(fetch);
-  db.SetErrorEvent([&result](int number, const std::string& text) {
-    result.errors.emplace_back(number, text);
-  });
+  db.SetErrorEvent(
+      [&result](int number, const std::string& text) { result.errors.emplace_back(number, text); });
   if (settings.useDatabase && !stop.stop_requested()) {
     say("Querying Local FreeDb Database");
     db.SetQueryLocalDatabase(true);

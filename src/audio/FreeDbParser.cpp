@@ -123,8 +123,8 @@ bool FreeDbParser::ParseEntry(std::string_view answer, const TitleRules& rules, 
   return true;
 }
 
-void FreeDbParser::SplitTitle(std::string_view title, const TitleRules& rules,
-                              std::string* artist, std::string* album) {
+void FreeDbParser::SplitTitle(std::string_view title, const TitleRules& rules, std::string* artist,
+                              std::string* album) {
   auto split = [&](std::string_view separator, bool artistFirst) {
     if (separator.empty()) return false;
     const size_t at = title.find(separator);

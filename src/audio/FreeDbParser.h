@@ -20,8 +20,8 @@ struct QueryMatch {
 };
 
 struct QueryAnswer {
-  int status = 0;          // the first three characters as a number; 0 when not digits
-  std::string statusLine;  // the first line, as the server wrote it
+  int status = 0;                   // the first three characters as a number; 0 when not digits
+  std::string statusLine;           // the first line, as the server wrote it
   std::vector<QueryMatch> matches;  // 200: one; 210/211: the match lines; else none
 };
 

@@ -3,8 +3,8 @@
 // caller fills from the settings store (section "Switches" unless noted). The
 // audio layer reads no settings itself.
 
-#include <string_view>
 #include <string>
+#include <string_view>
 
 namespace gorvan {
 
@@ -18,8 +18,8 @@ struct FreeDbSettings {
   static constexpr std::string_view kKeyUrl = "FreeDbUrl";
   static constexpr std::string_view kKeyArtistAfterIf = "FreeDbArtistAfterIf";
   static constexpr std::string_view kKeyArtistBeforeIf = "FreeDbArtistBeforeIf";
-  static constexpr std::string_view kKeyProtocolLevel = "FreeDbProtocolLevel";   // ours
-  static constexpr std::string_view kKeyMusicBrainz = "MusicBrainzEnabled";      // ours
+  static constexpr std::string_view kKeyProtocolLevel = "FreeDbProtocolLevel";  // ours
+  static constexpr std::string_view kKeyMusicBrainz = "MusicBrainzEnabled";     // ours
   static constexpr std::string_view kEmailSection = "Defaults";
   static constexpr std::string_view kKeyEmail = "UserEmail";
 
@@ -34,9 +34,9 @@ struct FreeDbSettings {
   std::string url;           // the server, "host[:port][/prefix]" or a URL; "" = gnudb
   std::string artistAfterIf;
   std::string artistBeforeIf;
-  std::string email;         // "Defaults"/"UserEmail": the hello's user and host
+  std::string email;                          // "Defaults"/"UserEmail": the hello's user and host
   int protocolLevel = kDefaultProtocolLevel;  // 1..6; 6 answers in UTF-8
-  bool musicBrainz = false;  // ask MusicBrainz when FreeDB finds nothing
+  bool musicBrainz = false;                   // ask MusicBrainz when FreeDB finds nothing
   // Not a stored setting: where MusicBrainz is asked (tests point it at a
   // local server).
   std::string musicBrainzServer{kDefaultMusicBrainzServer};

@@ -37,7 +37,8 @@ int HexByte(std::string_view two) {
 // the id, the first entry that has no "DISCID=" line at all.
 class EntryScanner {
  public:
-  EntryScanner(std::string_view id, bool acceptWithoutId) : id_(id), acceptWithoutId_(acceptWithoutId) {}
+  EntryScanner(std::string_view id, bool acceptWithoutId)
+      : id_(id), acceptWithoutId_(acceptWithoutId) {}
 
   // On a find: true and *entry set. Stops early when `stop` is requested.
   bool Scan(int fd, std::stop_token stop, std::string* entry) {

@@ -23,8 +23,8 @@ class LocalFreeDb {
  public:
   // The category folders, in the order they are searched.
   static constexpr std::array<std::string_view, 11> kCategories = {
-      "blues", "country", "classical", "data",   "folk",      "jazz",
-      "misc",  "newage",  "reggae",    "rock",   "soundtrack"};
+      "blues", "country", "classical", "data", "folk",      "jazz",
+      "misc",  "newage",  "reggae",    "rock", "soundtrack"};
 
   // An entry longer than this is skipped, a line longer than kMaxLineBytes cut.
   static constexpr size_t kMaxEntryBytes = 1 << 20;

@@ -23,8 +23,10 @@ bool NestingWithin(std::string_view text, int limit) {
   for (size_t i = 0; i < text.size(); ++i) {
     const char c = text[i];
     if (inString) {
-      if (c == '\\') ++i;
-      else if (c == '"') inString = false;
+      if (c == '\\')
+        ++i;
+      else if (c == '"')
+        inString = false;
     } else if (c == '"') {
       inString = true;
     } else if (c == '[' || c == '{') {
@@ -98,9 +100,8 @@ std::string MusicBrainzLookup::LookupUrl(std::string_view server, const DiscToc&
 }
 
 MusicBrainzLookup::Outcome MusicBrainzLookup::ParseAnswer(std::string_view text,
-                                                          std::string_view mbId,
-                                                          size_t audioTracks, DiscInfo* info,
-                                                          std::string* error) {
+                                                          std::string_view mbId, size_t audioTracks,
+                                                          DiscInfo* info, std::string* error) {
   if (!NestingWithin(text, kMaxDepth)) {
     *error = "MusicBrainz's answer nests too deep";
     return Outcome::kFailed;
@@ -138,9 +139,8 @@ MusicBrainzLookup::Outcome MusicBrainzLookup::ParseAnswer(std::string_view text,
     for (const json& c : *credits) info->artist += Text(c, "name") + Text(c, "joinphrase");
   }
   const std::string date = Text(*release, "date");
-  info->year = date.size() >= 4 && std::all_of(date.begin(), date.begin() + 4, [](char c) {
-                 return c >= '0' && c <= '9';
-               })
+  info->year = date.size() >= 4 && std::all_of(date.begin(), date.begin() + 4,
+                                               [](char c) { return c >= '0' && c <= '9'; })
                    ? date.substr(0, 4)
                    : "";
   if (const json* tracks = Array(*medium, "tracks")) {
@@ -183,8 +183,8 @@ MusicBrainzLookup::Outcome MusicBrainzLookup::Lookup(const DiscToc& toc, std::st
     return Outcome::kFailed;
   }
   DiscInfo found = *info;
-  const Outcome outcome = ParseAnswer(answer.body, DiscId::MusicBrainz(session),
-                                      session.tracks.size(), &found, error);
+  const Outcome outcome =
+      ParseAnswer(answer.body, DiscId::MusicBrainz(session), session.tracks.size(), &found, error);
   if (outcome != Outcome::kFound) return outcome;
   *info = std::move(found);
   info->source = "musicbrainz";

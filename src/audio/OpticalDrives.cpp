@@ -78,8 +78,8 @@ MediaFacts FromDevice(const std::string& device) {
   cd.reset();
   if (blkid_probe pr = blkid_new_probe_from_filename(device.c_str())) {
     blkid_probe_enable_superblocks(pr, 1);
-    blkid_probe_set_superblocks_flags(pr, BLKID_SUBLKS_LABEL | BLKID_SUBLKS_UUID |
-                                              BLKID_SUBLKS_TYPE);
+    blkid_probe_set_superblocks_flags(pr,
+                                      BLKID_SUBLKS_LABEL | BLKID_SUBLKS_UUID | BLKID_SUBLKS_TYPE);
     if (blkid_do_safeprobe(pr) == 0) {
       const char* v = nullptr;
       if (blkid_probe_lookup_value(pr, "TYPE", &v, nullptr) == 0) facts.fsType = v;

@@ -13,9 +13,9 @@ namespace gorvan {
 class TocReader {
  public:
   // Reader selection modes.
-  static constexpr int kAutomatic = 0;     // pass-through first, then the ioctls
-  static constexpr int kPassThrough = 1;   // cFreeDbSPTI only
-  static constexpr int kIoctl = 2;         // cFreeDbMCI only
+  static constexpr int kAutomatic = 0;    // pass-through first, then the ioctls
+  static constexpr int kPassThrough = 1;  // cFreeDbSPTI only
+  static constexpr int kIoctl = 2;        // cFreeDbMCI only
 
   virtual ~TocReader() = default;
 

@@ -83,8 +83,8 @@ void cCdChanger::OpenSource() {
     if (mon) udev_monitor_unref(mon);
     if (u) udev_unref(u);
   }
-  const int fd = ::socket(AF_NETLINK, SOCK_DGRAM | SOCK_CLOEXEC | SOCK_NONBLOCK,
-                          NETLINK_KOBJECT_UEVENT);
+  const int fd =
+      ::socket(AF_NETLINK, SOCK_DGRAM | SOCK_CLOEXEC | SOCK_NONBLOCK, NETLINK_KOBJECT_UEVENT);
   if (fd >= 0) {
     sockaddr_nl addr{};
     addr.nl_family = AF_NETLINK;
@@ -152,15 +152,15 @@ void cCdChanger::Run(std::stop_token stop) {
   std::vector<char> buffer(UeventFilter::kMaxMessage + 1);
   while (!stop.stop_requested()) {
     pollfd fds[2] = {{wakeFd_, POLLIN, 0}, {sourceFd_, POLLIN, 0}};
-    const auto wait = std::chrono::duration_cast<std::chrono::milliseconds>(nextPoll - Clock::now());
-    const int ready = ::poll(fds, sourceFd_ >= 0 ? 2 : 1,
-                             static_cast<int>(std::max<int64_t>(0, wait.count())));
+    const auto wait =
+        std::chrono::duration_cast<std::chrono::milliseconds>(nextPoll - Clock::now());
+    const int ready =
+        ::poll(fds, sourceFd_ >= 0 ? 2 : 1, static_cast<int>(std::max<int64_t>(0, wait.count())));
     if (stop.stop_requested()) break;
     if (ready < 0 && errno != EINTR) break;
     if (ready > 0 && (fds[1].revents & POLLIN)) {
       if (source_ == Source::kUdev) {
-        if (udev_device* dev =
-                udev_monitor_receive_device(static_cast<udev_monitor*>(monitor_))) {
+        if (udev_device* dev = udev_monitor_receive_device(static_cast<udev_monitor*>(monitor_))) {
           Uevent event;
           event.fromUdev = true;
           udev_list_entry* entry = udev_device_get_properties_list_entry(dev);

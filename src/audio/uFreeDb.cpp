@@ -173,13 +173,14 @@ bool uFreeDb::HelloSuffix(std::string* suffix) {
     host = std::string(email.substr(at + 1));
   }
   *suffix = "&hello=" + Escape(user) + "+" + Escape(host) + "+" +
-            Escape(BlanksToUnderscores(appName_)) + "+" +
-            Escape(BlanksToUnderscores(appVersion_)) + "&proto=" + std::to_string(protocolLevel_);
+            Escape(BlanksToUnderscores(appName_)) + "+" + Escape(BlanksToUnderscores(appVersion_)) +
+            "&proto=" + std::to_string(protocolLevel_);
   return true;
 }
 
 std::string uFreeDb::QueryCommand(const DiscToc& toc) const {
-  std::string command = "cddb+query+" + DiscId::FreeDb(toc) + "+" + std::to_string(toc.TrackCount());
+  std::string command =
+      "cddb+query+" + DiscId::FreeDb(toc) + "+" + std::to_string(toc.TrackCount());
   for (const TocTrack& t : toc.tracks) command += "+" + std::to_string(t.offset);
   command += "+" + std::to_string(toc.leadOut / DiscToc::kFramesPerSecond);
   return command;
@@ -225,8 +226,7 @@ bool uFreeDb::LookupRemote(const DiscToc& toc, std::stop_token stop) {
   const QueryAnswer query = FreeDbParser::ParseQueryAnswer(text);
   if (query.matches.empty()) {
     // 202 and a list without a match line mean nothing found.
-    if (query.status != 202 && query.status != 210 && query.status != 211 &&
-        query.status != 200) {
+    if (query.status != 202 && query.status != 210 && query.status != 211 && query.status != 200) {
       RaiseForStatus(query.status, query.statusLine);
     }
     return false;

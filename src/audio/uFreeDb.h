@@ -32,10 +32,10 @@ namespace gorvan {
 class uFreeDb {
  public:
   // Error numbers of the error event.
-  static constexpr int kErrEmail = 8881;        // "Missing or Malformed Email address"
-  static constexpr int kErrNetwork = 8882;      // the transport's text, or "UnKnown Error"
-  static constexpr int kErrServer = 8883;       // the server's own status line
-  static constexpr int kErrAnswer = 8884;       // an answer the lookup cannot use (HTML, another status)
+  static constexpr int kErrEmail = 8881;    // "Missing or Malformed Email address"
+  static constexpr int kErrNetwork = 8882;  // the transport's text, or "UnKnown Error"
+  static constexpr int kErrServer = 8883;   // the server's own status line
+  static constexpr int kErrAnswer = 8884;  // an answer the lookup cannot use (HTML, another status)
   static constexpr int kErrLocalFolder = 8885;  // "The folder for local database does not exist!"
   static constexpr int kErrToc = 8886;          // a table of contents no disc can have
 

@@ -1,8 +1,8 @@
 // gorvan-cli discid, cddb, drives, eject and watch: audio CDs and optical drives.
-#include <CLI/CLI.hpp>
 #include <signal.h>
 #include <unistd.h>
 
+#include <CLI/CLI.hpp>
 #include <atomic>
 #include <chrono>
 #include <iostream>
@@ -59,7 +59,7 @@ class InterruptStop {
  public:
   InterruptStop() {
     Flag().store(false);
-    struct sigaction sa{};
+    struct sigaction sa {};
     sa.sa_handler = [](int) { Flag().store(true); };
     sigemptyset(&sa.sa_mask);
     sigaction(SIGINT, &sa, &oldInt_);
@@ -90,7 +90,8 @@ class InterruptStop {
   }
   std::stop_source source_;
   std::jthread watcher_;
-  struct sigaction oldInt_{}, oldTerm_{};
+  struct sigaction oldInt_ {
+  }, oldTerm_{};
 };
 
 std::string OneLine(std::string text) {
@@ -120,11 +121,11 @@ int CddbCommand(const CliContext& ctx, const TocOptions& o, const CddbOptions& c
   settings.email = c.email;
   settings.musicBrainz = o.musicBrainz;
   InterruptStop interrupt;
-  const DiscLookupResult r =
-      DiscLookup::Run(settings, toc, DefaultHttpFetch(), interrupt.token(),
-                      [&ctx](const std::string& line) {
-                        if (!ctx.quiet && ::isatty(STDERR_FILENO)) std::cerr << line << "\n";
-                      });
+  const DiscLookupResult r = DiscLookup::Run(settings, toc, DefaultHttpFetch(), interrupt.token(),
+                                             [&ctx](const std::string& line) {
+                                               if (!ctx.quiet && ::isatty(STDERR_FILENO))
+                                                 std::cerr << line << "\n";
+                                             });
   if (r.cancelled) return ctx.Fail("Cancelled", kExitCancelled);
   for (const auto& [number, text] : r.errors) ctx.Fail(text + " (" + std::to_string(number) + ")");
   if (!r.found) {
@@ -196,9 +197,8 @@ void AddAudioCommands(CLI::App& app, CliContext& ctx, int* result) {
   lookup->add_option("--email", cddb->email, "Your e-mail address, sent in the hello");
   lookup->add_flag("--musicbrainz", lookupToc->musicBrainz,
                    "Ask MusicBrainz when FreeDB finds nothing");
-  lookup->callback([&ctx, result, lookupToc, cddb] {
-    *result = CddbCommand(ctx, *lookupToc, *cddb);
-  });
+  lookup->callback(
+      [&ctx, result, lookupToc, cddb] { *result = CddbCommand(ctx, *lookupToc, *cddb); });
 
   app.add_subcommand("drives", "List the optical drives with their labels")
       ->callback([&ctx, result] { *result = DrivesCommand(ctx); });

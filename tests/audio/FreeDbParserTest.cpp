@@ -51,9 +51,6 @@ TEST(FreeDbParserTest, QueryAnswers) {
   }
   EXPECT_EQ(FreeDbParser::ParseQueryAnswer("500 Unknown developer email\r\n").statusLine,
             "500 Unknown developer email");
-  std::string many = "211 list\r\n";
-  for (int i = 0; i < 500; ++i) many += "rock 0000000" + std::to_string(i % 10) + " T\r\n";
-  EXPECT_EQ(FreeDbParser::ParseQueryAnswer(many).matches.size(), FreeDbParser::kMaxMatches);
 }
 
 TEST(FreeDbParserTest, RealEntries) {
@@ -128,8 +125,8 @@ TEST(FreeDbParserTest, EntryRules) {
   EXPECT_EQ(info.notes, "Line one\r\nLine two\r\n and more");
 
   DiscInfo untouched = WithTracks(2);
-  EXPECT_FALSE(FreeDbParser::ParseEntry("401 rock 0b0d0f02 No such CD entry in database.\r\n",
-                                        {}, &untouched));
+  EXPECT_FALSE(FreeDbParser::ParseEntry("401 rock 0b0d0f02 No such CD entry in database.\r\n", {},
+                                        &untouched));
   EXPECT_FALSE(FreeDbParser::ParseEntry("", {}, &untouched));
   EXPECT_EQ(untouched.tracks[0].title, "");
 }

@@ -86,23 +86,18 @@ class FakeCdDevice : public CdDevice {
       *error = "CDROMREADTOCENTRY: Input/output error";
       return false;
     }
-    e->control = it->second.control;
-    e->minute = it->second.m;
-    e->second = it->second.s;
-    e->frame = it->second.f;
+    *e = {e->track, it->second.control, it->second.m, it->second.s, it->second.f};
     return true;
   }
   int DriveStatus() override { return kDiscOk; }
-  bool UnlockDoor() override {
-    r_->calls.push_back("unlock");
-    return true;
-  }
-  bool Eject() override {
-    r_->calls.push_back("eject");
-    return true;
-  }
+  bool UnlockDoor() override { return Note("unlock"); }
+  bool Eject() override { return Note("eject"); }
 
  private:
+  bool Note(const char* call) {
+    r_->calls.push_back(call);
+    return true;
+  }
   Recording* r_;
 };
 
@@ -131,20 +126,17 @@ TEST(TocReaderTest, PassThroughReadsTheRecordedReply) {
   EXPECT_EQ(rec.allocation, 804u);
   EXPECT_EQ(rec.timeout, 5000u);
   EXPECT_EQ(reader.GetTOC(), TenTrackDisc().Contents());
-}
 
-TEST(TocReaderTest, ReadersKnowDataTracks) {
+  // Both readers know data tracks by their control bits.
   std::vector<Msf> entries = {At(1, 150), At(2, 20000), At(3, 90000, 0x04), At(0xAA, 120000)};
-  Recording rec;
   rec.reply = ReadTocReply(1, 3, entries);
   RecordIoctls(&rec, 1, entries);
-  cFreeDbSPTI spti(OpenerFor(&rec));
   cFreeDbMCI mci(OpenerFor(&rec));
-  for (TocReader* reader : {static_cast<TocReader*>(&spti), static_cast<TocReader*>(&mci)}) {
-    ASSERT_TRUE(reader->InitMediaToc("/dev/sr1")) << reader->error();
-    EXPECT_EQ(reader->GetTOC(), "150 20000 90000 120000");
-    EXPECT_TRUE(reader->toc().tracks[1].IsAudio());
-    EXPECT_FALSE(reader->toc().tracks[2].IsAudio());
+  for (TocReader* r : {static_cast<TocReader*>(&reader), static_cast<TocReader*>(&mci)}) {
+    ASSERT_TRUE(r->InitMediaToc("/dev/sr1")) << r->error();
+    EXPECT_EQ(r->GetTOC(), "150 20000 90000 120000");
+    EXPECT_TRUE(r->toc().tracks[1].IsAudio());
+    EXPECT_FALSE(r->toc().tracks[2].IsAudio());
   }
 }
 
