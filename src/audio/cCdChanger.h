@@ -16,6 +16,7 @@
 // it to the GUI). Stop() (and the destructor) return after the thread ended;
 // they must not be called from inside the callback.
 
+#include <atomic>
 #include <chrono>
 #include <functional>
 #include <map>
@@ -63,7 +64,7 @@ class cCdChanger {
   // cannot be started; source() then says kNone.
   bool Start();
   void Stop();
-  Source source() const { return source_; }
+  Source source() const { return source_.load(); }
 
  private:
   void Run(std::stop_token stop);
@@ -75,7 +76,7 @@ class cCdChanger {
 
   CDROMChanged callback_;
   Env env_;
-  Source source_ = Source::kNone;
+  std::atomic<Source> source_{Source::kNone};
   int sourceFd_ = -1;
   int wakeFd_ = -1;
   void* udev_ = nullptr;

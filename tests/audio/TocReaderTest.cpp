@@ -7,6 +7,7 @@
 #include <map>
 
 #include "audio/AudioTestData.h"
+#include "audio/OpticalDrives.h"
 #include "audio/TocReader.h"
 #include "audio/basEjectCd.h"
 #include "audio/cFreeDbMCI.h"
@@ -213,6 +214,19 @@ TEST(EjectTest, UnlocksThenEjectsAndNeverFails) {
   EXPECT_EQ(rec.calls, (std::vector<std::string>{"unlock", "eject"}));
   EXPECT_TRUE(basEjectCd("/dev/no-such-drive")) << "a missing drive is not reported";
   EXPECT_TRUE(basEjectCd(""));
+}
+
+TEST(OpticalDrivesTest, ListAndSerials) {
+  TempDir sys;
+  for (const char* name : {"sr10", "sda", "sr2", "sr0", "srx", "sr"}) {
+    ASSERT_TRUE(WriteFileBytes(sys.File(name), ""));
+  }
+  EXPECT_EQ(OpticalDrives::List(sys.path()),
+            (std::vector<std::string>{"/dev/sr0", "/dev/sr2", "/dev/sr10"}));
+  EXPECT_TRUE(OpticalDrives::List(sys.File("missing")).empty());
+  EXPECT_EQ(OpticalDrives::SerialFromUuid("2011-05-23-12-34-56-00"), 0x20110523u);
+  EXPECT_EQ(OpticalDrives::SerialFromUuid("4a2b-Cd19"), 0x4A2BCD19u);
+  EXPECT_EQ(OpticalDrives::SerialFromUuid(""), 0u);
 }
 
 }  // namespace
