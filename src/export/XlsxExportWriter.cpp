@@ -94,35 +94,48 @@ XlsxExportWriter::XlsxExportWriter(std::string path, const ExportFields& fields,
       fields_(fields),
       sheetRows_(sheetRows <= 1 || sheetRows > kMaxSheetRows ? kMaxSheetRows : sheetRows) {
   using F = Field;
-  static constexpr Column kExtras[] = {{"Extra 1", F::kExtra1},
-                                       {"Extra 2", F::kExtra2},
-                                       {"Extra 3", F::kExtra3},
-                                       {"Extra 4", F::kExtra4}};
-  Table discs{"Discs",
-              {{"Disc", F::kDisc},
-               {"Last Scanned", F::kDate},
-               {"Total Size", F::kSize},
-               {"Free Space", F::kFreeSpace},
-               {"Folders", F::kFolders},
-               {"Files", F::kFiles},
-               {"Media Type", F::kMediaType},
-               {"Notes", F::kNotes}}};
-  Table folders{"Folders", {{"Disc", F::kDisc}, {"Folder", F::kFolder}, {"Name", F::kName}}};
-  if (fields_.dirDate) folders.columns.push_back({"Date", F::kDate});
-  if (fields_.dirSize) folders.columns.push_back({"Size", F::kSize});
-  folders.columns.insert(folders.columns.end(), {{"Attributes", F::kAttr},
-                                                 {"Subfolders", F::kFolders},
-                                                 {"Files", F::kFiles},
-                                                 {"Direct Files", F::kDirectFiles}});
-  if (fields_.dirNotes) folders.columns.push_back({"Notes", F::kNotes});
-  Table files{"Files", {{"Disc", F::kDisc}, {"Folder", F::kFolder}, {"Name", F::kName}}};
-  if (fields_.fileDates) files.columns.push_back({"Date", F::kDate});
-  if (fields_.fileSizes) files.columns.push_back({"Size", F::kSize});
-  files.columns.push_back({"Attributes", F::kAttr});
-  if (fields_.fileNotes) files.columns.push_back({"Notes", F::kNotes});
-  tables_ = {std::move(discs), std::move(folders)};
-  if (fields_.dirFiles) tables_.push_back(std::move(files));
-  for (Table& t : tables_) t.columns.insert(t.columns.end(), std::begin(kExtras), std::end(kExtras));
+  // The columns whose condition holds, then the extra values.
+  const auto columns = [](std::initializer_list<std::pair<bool, Column>> wanted) {
+    static constexpr Column kExtras[] = {{"Extra 1", F::kExtra1},
+                                         {"Extra 2", F::kExtra2},
+                                         {"Extra 3", F::kExtra3},
+                                         {"Extra 4", F::kExtra4}};
+    std::vector<Column> out;
+    out.reserve(wanted.size() + std::size(kExtras));
+    for (const auto& [on, column] : wanted) {
+      if (on) out.push_back(column);
+    }
+    for (const Column& column : kExtras) out.push_back(column);
+    return out;
+  };
+  tables_.reserve(3);
+  tables_.emplace_back("Discs", columns({{true, {"Disc", F::kDisc}},
+                                         {true, {"Last Scanned", F::kDate}},
+                                         {true, {"Total Size", F::kSize}},
+                                         {true, {"Free Space", F::kFreeSpace}},
+                                         {true, {"Folders", F::kFolders}},
+                                         {true, {"Files", F::kFiles}},
+                                         {true, {"Media Type", F::kMediaType}},
+                                         {true, {"Notes", F::kNotes}}}));
+  tables_.emplace_back("Folders", columns({{true, {"Disc", F::kDisc}},
+                                           {true, {"Folder", F::kFolder}},
+                                           {true, {"Name", F::kName}},
+                                           {fields_.dirDate, {"Date", F::kDate}},
+                                           {fields_.dirSize, {"Size", F::kSize}},
+                                           {true, {"Attributes", F::kAttr}},
+                                           {true, {"Subfolders", F::kFolders}},
+                                           {true, {"Files", F::kFiles}},
+                                           {true, {"Direct Files", F::kDirectFiles}},
+                                           {fields_.dirNotes, {"Notes", F::kNotes}}}));
+  if (fields_.dirFiles) {
+    tables_.emplace_back("Files", columns({{true, {"Disc", F::kDisc}},
+                                           {true, {"Folder", F::kFolder}},
+                                           {true, {"Name", F::kName}},
+                                           {fields_.fileDates, {"Date", F::kDate}},
+                                           {fields_.fileSizes, {"Size", F::kSize}},
+                                           {true, {"Attributes", F::kAttr}},
+                                           {fields_.fileNotes, {"Notes", F::kNotes}}}));
+  }
 }
 
 XlsxExportWriter::~XlsxExportWriter() { Abandon(); }
