@@ -191,11 +191,12 @@ void Chromium(const std::string& dir, const std::string& page) {
   const std::string cmd = "timeout 300 '" + chromium +
                           "' --headless --no-sandbox --disable-gpu --disable-quic --no-first-run "
                           "--disable-background-networking --disable-component-update "
-                          "--disable-sync --user-data-dir='" + dir + "/profile-";
+                          "--disable-sync --user-data-dir='" +
+                          dir + "/profile-";
   for (int round = 0; round < 3; ++round) {
     double seconds = 0;
-    const std::string dom = Output(cmd + std::to_string(round) + "' --dump-dom 'file://" + probe +
-                                       "' 2>/dev/null", &seconds);
+    const std::string dom = Output(
+        cmd + std::to_string(round) + "' --dump-dom 'file://" + probe + "' 2>/dev/null", &seconds);
     const size_t at = dom.find("<pre id=\"probe\">");
     if (at == std::string::npos) {
       std::printf("chromium: the page's script did not finish (%.2f s)\n", seconds);

@@ -21,16 +21,24 @@ void HtmlExportWriter::AppendJsonString(std::string_view utf8, std::string* out)
   for (const char ch : utf8) {
     const auto c = static_cast<unsigned char>(ch);
     switch (c) {
-      case '"': out->append("\\\""); break;
-      case '\\': out->append("\\\\"); break;
-      case '\n': out->append("\\n"); break;
-      case '\r': out->append("\\r"); break;
-      case '\t': out->append("\\t"); break;
-      // Nothing in the data can close the <script> block or start markup.
-      case '<':
-      case '>':
-      case '&':
+      case '"':
+        out->append("\\\"");
+        break;
+      case '\\':
+        out->append("\\\\");
+        break;
+      case '\n':
+        out->append("\\n");
+        break;
+      case '\r':
+        out->append("\\r");
+        break;
+      case '\t':
+        out->append("\\t");
+        break;
       default:
+        // Control characters as JSON wants them; "<", ">" and "&" too, so
+        // nothing in the data can close the <script> block or start markup.
         if (c < 0x20 || c == '<' || c == '>' || c == '&') {
           const char esc[6] = {'\\', 'u', '0', '0', kHex[c >> 4], kHex[c & 15]};
           out->append(esc, sizeof esc);
@@ -45,12 +53,23 @@ void HtmlExportWriter::AppendJsonString(std::string_view utf8, std::string* out)
 void HtmlExportWriter::AppendHtmlEscaped(std::string_view text, std::string* out) {
   for (const char ch : text) {
     switch (ch) {
-      case '&': out->append("&amp;"); break;
-      case '<': out->append("&lt;"); break;
-      case '>': out->append("&gt;"); break;
-      case '"': out->append("&quot;"); break;
-      case '\'': out->append("&#39;"); break;
-      default: out->push_back(ch);
+      case '&':
+        out->append("&amp;");
+        break;
+      case '<':
+        out->append("&lt;");
+        break;
+      case '>':
+        out->append("&gt;");
+        break;
+      case '"':
+        out->append("&quot;");
+        break;
+      case '\'':
+        out->append("&#39;");
+        break;
+      default:
+        out->push_back(ch);
     }
   }
 }

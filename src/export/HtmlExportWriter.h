@@ -79,10 +79,10 @@ class HtmlExportWriter final : public ExportWriter {
   const ExportFields& fields_;
   bool ansi_ = false;
   bool firstDisc_ = true;
-  int32_t folders_ = 0;      // folders of the current disc so far
-  int32_t files_ = 0;        // files of the current folder so far
+  int32_t folders_ = 0;                             // folders of the current disc so far
+  int32_t files_ = 0;                               // files of the current folder so far
   std::unordered_map<std::string, int32_t> index_;  // full name → folder index, per disc
-  std::string_view tail_;    // the page after the data
+  std::string_view tail_;                           // the page after the data
   std::string folder_, names_, sizes_, dates_, notes_, text_;
 };
 

@@ -43,9 +43,7 @@ size_t CodePoints(std::string_view utf8) {
   return n;
 }
 
-uint16_t Width(size_t chars) {
-  return static_cast<uint16_t>(std::min<size_t>(chars, kMaxWidth));
-}
+uint16_t Width(size_t chars) { return static_cast<uint16_t>(std::min<size_t>(chars, kMaxWidth)); }
 
 bool IsHex(char c) { return std::isxdigit(static_cast<unsigned char>(c)) != 0; }
 
@@ -57,8 +55,8 @@ void KeepEscapesLiteral(std::string* text) {
   out.reserve(text->size() + 14);
   for (size_t i = 0; i < text->size(); ++i) {
     const std::string_view rest = std::string_view(*text).substr(i);
-    if (rest.size() >= 7 && rest[0] == '_' && rest[1] == 'x' && IsHex(rest[2]) &&
-        IsHex(rest[3]) && IsHex(rest[4]) && IsHex(rest[5]) && rest[6] == '_') {
+    if (rest.size() >= 7 && rest[0] == '_' && rest[1] == 'x' && IsHex(rest[2]) && IsHex(rest[3]) &&
+        IsHex(rest[4]) && IsHex(rest[5]) && rest[6] == '_') {
       out += "_x005F";
     }
     out += (*text)[i];
@@ -86,8 +84,7 @@ struct XlsxExportWriter::Values {
   int32_t attr = 0, folders = 0, files = 0, directFiles = 0, mediaType = 0;
 };
 
-XlsxExportWriter::XlsxExportWriter(std::string path, const ExportFields& fields,
-                                   int32_t sheetRows)
+XlsxExportWriter::XlsxExportWriter(std::string path, const ExportFields& fields, int32_t sheetRows)
     : path_(std::move(path)),
       partPath_(path_ + ".part"),
       tmpDir_(FolderOf(path_)),
@@ -208,8 +205,8 @@ void XlsxExportWriter::FinishSheet(Table& t) {
   Check(worksheet_autofilter(t.sheet, 0, 0, static_cast<lxw_row_t>(t.row - 1), lastCol));
   for (size_t c = 0; c < t.columns.size(); ++c) {
     const double width = std::clamp<uint16_t>(t.widths[c], kMinWidth, kMaxWidth) + 1;
-    Check(worksheet_set_column(t.sheet, static_cast<lxw_col_t>(c), static_cast<lxw_col_t>(c),
-                               width, nullptr));
+    Check(worksheet_set_column(t.sheet, static_cast<lxw_col_t>(c), static_cast<lxw_col_t>(c), width,
+                               nullptr));
   }
 }
 
@@ -278,27 +275,45 @@ void XlsxExportWriter::WriteRow(Table& t, const Values& v) {
     const int digits = size >= 10 ? static_cast<int>(std::log10(size)) + 1 : 1;
     return static_cast<uint16_t>(digits + (digits - 1) / 3);
   };
-  const auto countWidth = [](int32_t n) {
-    return static_cast<uint16_t>(std::to_string(n).size());
-  };
+  const auto countWidth = [](int32_t n) { return static_cast<uint16_t>(std::to_string(n).size()); };
   for (const Column& c : t.columns) {
     switch (c.field) {
-      case Field::kDisc: Utf8(t, disc_); break;
-      case Field::kFolder: Utf8(t, folder_); break;
-      case Field::kName: Text(t, v.name); break;
-      case Field::kDate: Date(t, v.date); break;
-      case Field::kSize: Number(t, v.size, size_, sizeWidth(std::fabs(v.size))); break;
+      case Field::kDisc:
+        Utf8(t, disc_);
+        break;
+      case Field::kFolder:
+        Utf8(t, folder_);
+        break;
+      case Field::kName:
+        Text(t, v.name);
+        break;
+      case Field::kDate:
+        Date(t, v.date);
+        break;
+      case Field::kSize:
+        Number(t, v.size, size_, sizeWidth(std::fabs(v.size)));
+        break;
       case Field::kFreeSpace:
         Number(t, v.freeSpace, size_, sizeWidth(std::fabs(v.freeSpace)));
         break;
-      case Field::kAttr: Number(t, v.attr, nullptr, countWidth(v.attr)); break;
-      case Field::kFolders: Number(t, v.folders, nullptr, countWidth(v.folders)); break;
-      case Field::kFiles: Number(t, v.files, nullptr, countWidth(v.files)); break;
+      case Field::kAttr:
+        Number(t, v.attr, nullptr, countWidth(v.attr));
+        break;
+      case Field::kFolders:
+        Number(t, v.folders, nullptr, countWidth(v.folders));
+        break;
+      case Field::kFiles:
+        Number(t, v.files, nullptr, countWidth(v.files));
+        break;
       case Field::kDirectFiles:
         Number(t, v.directFiles, nullptr, countWidth(v.directFiles));
         break;
-      case Field::kMediaType: Number(t, v.mediaType, nullptr, countWidth(v.mediaType)); break;
-      case Field::kNotes: Text(t, v.notes); break;
+      case Field::kMediaType:
+        Number(t, v.mediaType, nullptr, countWidth(v.mediaType));
+        break;
+      case Field::kNotes:
+        Text(t, v.notes);
+        break;
       case Field::kExtra1:
       case Field::kExtra2:
       case Field::kExtra3:

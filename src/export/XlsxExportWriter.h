@@ -15,12 +15,12 @@
 // are spreadsheet dates shown as "yyyy-mm-dd hh:mm:ss" (a date the spreadsheet
 // cannot hold, before 1 March 1900, is written as text; no date at all as an
 // empty cell), texts are UTF-8 strings (Windows-1252 converted, invalid bytes
-// as U+FFFD, line breaks as line feeds, at most 32,767 characters). Every sheet has a bold header row,
-// the panes frozen below it, an auto-filter over all its rows, and columns as
-// wide as their contents within limits. A table longer than a sheet (its
-// header and 1,048,575 rows) goes on in "Files (2)", "Files (3)", ..., each
-// with its own header. Unticked option boxes leave their columns out;
-// chkDirFiles unticked leaves out the "Files" sheet.
+// as U+FFFD, line breaks as line feeds, at most 32,767 characters). Every
+// sheet has a bold header row, the panes frozen below it, an auto-filter over
+// all its rows, and columns as wide as their contents within limits. A table
+// longer than a sheet (its header and 1,048,575 rows) goes on in "Files (2)",
+// "Files (3)", ..., each with its own header. Unticked option boxes leave
+// their columns out; chkDirFiles unticked leaves out the "Files" sheet.
 //
 // Memory: the workbook is built in libxlsxwriter's constant-memory mode, so
 // only the current row of each sheet is held; the rows go to temporary files
@@ -74,8 +74,22 @@ class XlsxExportWriter final : public ExportWriter {
  private:
   // What a column holds.
   enum class Field : uint8_t {
-    kDisc, kFolder, kName, kDate, kSize, kAttr, kFreeSpace, kFolders, kFiles, kDirectFiles,
-    kMediaType, kNotes, kExtra1, kExtra2, kExtra3, kExtra4,
+    kDisc,
+    kFolder,
+    kName,
+    kDate,
+    kSize,
+    kAttr,
+    kFreeSpace,
+    kFolders,
+    kFiles,
+    kDirectFiles,
+    kMediaType,
+    kNotes,
+    kExtra1,
+    kExtra2,
+    kExtra3,
+    kExtra4,
   };
   struct Column {
     const char* title;

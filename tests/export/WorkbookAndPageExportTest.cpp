@@ -63,15 +63,15 @@ out['raw'] = ''.join(z.read(n).decode() for n in z.namelist() if n.startswith('x
 print(json.dumps(out))
 )";
 
-const std::vector<std::string> kDiscHeader = {"Disc",  "Last Scanned", "Total Size", "Free Space",
-                                              "Folders", "Files", "Media Type", "Notes",
-                                              "Extra 1", "Extra 2", "Extra 3", "Extra 4"};
+const std::vector<std::string> kDiscHeader = {"Disc",    "Last Scanned", "Total Size", "Free Space",
+                                              "Folders", "Files",        "Media Type", "Notes",
+                                              "Extra 1", "Extra 2",      "Extra 3",    "Extra 4"};
 const std::vector<std::string> kFolderHeader = {
-    "Disc",  "Folder", "Name",         "Date",  "Size",    "Attributes", "Subfolders",
-    "Files", "Direct Files", "Notes", "Extra 1", "Extra 2", "Extra 3",   "Extra 4"};
-const std::vector<std::string> kFileHeader = {"Disc",  "Folder",  "Name",    "Date",
-                                              "Size",  "Attributes", "Notes", "Extra 1",
-                                              "Extra 2", "Extra 3", "Extra 4"};
+    "Disc",  "Folder",       "Name",  "Date",    "Size",    "Attributes", "Subfolders",
+    "Files", "Direct Files", "Notes", "Extra 1", "Extra 2", "Extra 3",    "Extra 4"};
+const std::vector<std::string> kFileHeader = {"Disc",    "Folder",     "Name",   "Date",
+                                              "Size",    "Attributes", "Notes",  "Extra 1",
+                                              "Extra 2", "Extra 3",    "Extra 4"};
 
 std::vector<std::string> Texts(const json& row) {
   std::vector<std::string> out;
@@ -115,7 +115,9 @@ class WorkbookAndPageExportTest : public CatalogTest {
       double size;
       std::vector<File> files;
     } folders[] = {
-        {"", "\\", -1239,
+        {"",
+         "\\",
+         -1239,
          {{"</script><img src=x onerror=alert(1)>", 0, kNoon2004, ""},
           {"a,b\r\nc.txt", 1234, 0, ""},
           {"q\"uote's.txt", 5e9, kJanuary1900, ""},
@@ -226,10 +228,9 @@ TEST_F(WorkbookAndPageExportTest, WorkbookHoldsTypedCellsUnderFrozenFilteredHead
     names.push_back(Texts(files[r])[2]);
     folderNames.push_back(Texts(files[r])[1]);
   }
-  EXPECT_THAT(names, ::testing::ElementsAre(
-                         "</script><img src=x onerror=alert(1)>", "a,b\nc.txt", "q\"uote's.txt",
-                         "bad\xEF\xBF\xBD\xEF\xBF\xBD.bin", ::testing::_,
-                         "Caf\xC3\xA9 \xE2\x82\xAC.txt"));
+  EXPECT_THAT(names, ::testing::ElementsAre("</script><img src=x onerror=alert(1)>", "a,b\nc.txt",
+                                            "q\"uote's.txt", "bad\xEF\xBF\xBD\xEF\xBF\xBD.bin",
+                                            ::testing::_, "Caf\xC3\xA9 \xE2\x82\xAC.txt"));
   EXPECT_EQ(folderNames[0], "\\");
   EXPECT_EQ(folderNames[5], "\\sub <b>");
   EXPECT_EQ(files[1][3][0], "d");
@@ -281,7 +282,9 @@ TEST_F(WorkbookAndPageExportTest, ALongTableGoesOnInFurtherSheets) {
     EXPECT_EQ(sheet["freeze"], "A2") << title;
     const size_t rows = sheet["rows"].size();
     EXPECT_LE(rows, 3u) << title;
-    const std::string lastCol = title.starts_with("Files") ? "K" : title.starts_with("Folders") ? "N" : "L";
+    const std::string lastCol = title.starts_with("Files")     ? "K"
+                                : title.starts_with("Folders") ? "N"
+                                                               : "L";
     EXPECT_EQ(sheet["filter"], "A1:" + lastCol + std::to_string(rows)) << title;
     EXPECT_EQ(Texts(sheet["rows"][0])[0], "Disc") << "every sheet has its header";
     if (title.starts_with("Files")) {
@@ -289,8 +292,8 @@ TEST_F(WorkbookAndPageExportTest, ALongTableGoesOnInFurtherSheets) {
     }
   }
   // The rows' own order: two files, a folder's worth more, then the next folder.
-  EXPECT_EQ(titles, (std::vector<std::string>{"Discs", "Folders", "Files", "Files (2)",
-                                              "Files (3)", "Folders (2)"}));
+  EXPECT_EQ(titles, (std::vector<std::string>{"Discs", "Folders", "Files", "Files (2)", "Files (3)",
+                                              "Folders (2)"}));
   ASSERT_EQ(names.size(), 6u);
   EXPECT_EQ(names[0], "</script><img src=x onerror=alert(1)>");
   EXPECT_EQ(names[5], "Caf\xC3\xA9 \xE2\x82\xAC.txt");
@@ -302,11 +305,13 @@ TEST_F(WorkbookAndPageExportTest, PageDataRoundTripsAndNoNameBecomesMarkup) {
     ASSERT_TRUE(Export(ExportType::kHtml, "out.html").status.ok());
     const std::string page = ReadFileBytes(dir_.File("out.html"));
     EXPECT_THAT(page, ::testing::StartsWith("<!DOCTYPE html>"));
-    EXPECT_NE(page.find("<title>Catalog &lt;x&gt; &amp; &#39;y&#39; - 1/14/2004 12:00:00 PM</title>"),
-              std::string::npos);
+    EXPECT_NE(
+        page.find("<title>Catalog &lt;x&gt; &amp; &#39;y&#39; - 1/14/2004 12:00:00 PM</title>"),
+        std::string::npos);
     // The page's own two script elements, and no markup from a name.
     size_t closings = 0;
-    for (size_t at = page.find("</script"); at != std::string::npos; at = page.find("</script", at + 1)) {
+    for (size_t at = page.find("</script"); at != std::string::npos;
+         at = page.find("</script", at + 1)) {
       ++closings;
     }
     EXPECT_EQ(closings, 2u);
@@ -329,9 +334,11 @@ TEST_F(WorkbookAndPageExportTest, PageDataRoundTripsAndNoNameBecomesMarkup) {
     EXPECT_EQ(d[0][1], "\\") << "a top folder carries its full name";
     EXPECT_EQ(d[0][2], Seconds(kMidnight2005));
     EXPECT_EQ(d[0][3], 1239);
-    const std::string bad = enc == TextEncoding::kUtf8 ? "\xEF\xBF\xBD\xEF\xBF\xBD" : "\xC3\xBF\xC3\xBE";
-    EXPECT_EQ(d[0][5], json::array({"</script><img src=x onerror=alert(1)>", "a,b\r\nc.txt",
-                                    "q\"uote's.txt", "bad" + bad + ".bin", "_x0041_ ctrl\x01.txt"}));
+    const std::string bad =
+        enc == TextEncoding::kUtf8 ? "\xEF\xBF\xBD\xEF\xBF\xBD" : "\xC3\xBF\xC3\xBE";
+    EXPECT_EQ(d[0][5],
+              json::array({"</script><img src=x onerror=alert(1)>", "a,b\r\nc.txt", "q\"uote's.txt",
+                           "bad" + bad + ".bin", "_x0041_ ctrl\x01.txt"}));
     EXPECT_EQ(d[0][6], json::array({0, 1234, 5e9, 5, 0}));
     EXPECT_TRUE(d[0][7][1].is_null()) << "no date";
     EXPECT_EQ(d[0][7][2], Seconds(kJanuary1900));
@@ -396,11 +403,12 @@ document.body.appendChild(p);
 </script></body>)";
   page.replace(page.rfind("</body>"), 7, probe);
   ASSERT_TRUE(WriteFileBytes(dir_.File("probe.html"), page));
-  const std::string dom =
-      Shell("timeout 120 '" + chromium + "' --headless --no-sandbox --disable-gpu --disable-quic "
-          "--no-first-run --disable-background-networking --disable-component-update "
-          "--disable-sync --user-data-dir='" + dir_.File("profile") + "' --dump-dom 'file://" +
-          dir_.File("probe.html") + "' 2>/dev/null");
+  const std::string dom = Shell(
+      "timeout 120 '" + chromium +
+      "' --headless --no-sandbox --disable-gpu --disable-quic "
+      "--no-first-run --disable-background-networking --disable-component-update "
+      "--disable-sync --user-data-dir='" +
+      dir_.File("profile") + "' --dump-dom 'file://" + dir_.File("probe.html") + "' 2>/dev/null");
   const size_t at = dom.find("<pre id=\"probe\">");
   ASSERT_NE(at, std::string::npos) << "the page's script failed";
   std::string encoded = dom.substr(at + 16, dom.find("</pre>", at) - at - 16), text;
@@ -439,9 +447,12 @@ TEST_F(WorkbookAndPageExportTest, CancelAndUnwritableTargetsLeaveNothing) {
     std::stop_source stop;
     int reports = 0;
     // Stops after the first folder, when every sheet has rows.
-    job_ = JobControl(stop.get_token(), [&](const JobProgress&) {
-      if (++reports == 3) stop.request_stop();
-    }, JobControl::kEveryStep);
+    job_ = JobControl(
+        stop.get_token(),
+        [&](const JobProgress&) {
+          if (++reports == 3) stop.request_stop();
+        },
+        JobControl::kEveryStep);
     EXPECT_TRUE(Export(type, "out").status.IsCancelled());
     EXPECT_EQ(reports, 3);
     EXPECT_EQ(ReadFileBytes(dir_.File("out")), "earlier export");
@@ -460,9 +471,13 @@ TEST(ExportTypeTest, TheDialogsConstantsMatchTheTypes) {
   EXPECT_EQ(filter, kExportFileFilter);
   EXPECT_STREQ(ExportTypeInfoOf(ExportType::kSpreadsheet).filter, "Excel Sheet (*.xlsx)|*.xlsx");
   const std::pair<const char*, std::optional<ExportType>> paths[] = {
-      {"a.CSV", ExportType::kDelimited}, {"/x.y/a.xml", ExportType::kXml},
-      {"a.Xlsx", ExportType::kSpreadsheet}, {"a.htm", ExportType::kHtml},
-      {"a.html", ExportType::kHtml}, {"a.xls", std::nullopt}, {"a.d/b", std::nullopt},
+      {"a.CSV", ExportType::kDelimited},
+      {"/x.y/a.xml", ExportType::kXml},
+      {"a.Xlsx", ExportType::kSpreadsheet},
+      {"a.htm", ExportType::kHtml},
+      {"a.html", ExportType::kHtml},
+      {"a.xls", std::nullopt},
+      {"a.d/b", std::nullopt},
       {"html", std::nullopt}};
   for (const auto& [path, type] : paths) EXPECT_EQ(ExportTypeForPath(path), type) << path;
 }
