@@ -18,6 +18,12 @@ namespace {
 
 // A cell holds at most this many characters.
 constexpr size_t kMaxCellChars = 32767;
+// Sheet data a sheet takes before the table goes on in the next one: each
+// sheet is one part of the workbook's zip file, which holds at most 4 GiB a
+// part. Rows of long notes could reach that before the row limit.
+constexpr uint64_t kMaxSheetBytes = uint64_t{3} << 30;
+// What the markup of a cell adds to its value, about.
+constexpr uint64_t kCellBytes = 32;
 // Column widths, in characters.
 constexpr uint16_t kMinWidth = 6;
 constexpr uint16_t kMaxWidth = 60;
@@ -197,6 +203,7 @@ void XlsxExportWriter::AddSheet(Table& t) {
   }
   worksheet_freeze_panes(t.sheet, 1, 0);
   t.row = 1;
+  t.bytes = 0;
 }
 
 void XlsxExportWriter::FinishSheet(Table& t) {
@@ -231,6 +238,7 @@ void XlsxExportWriter::SheetText(std::string_view stored, bool ansi, std::string
 
 void XlsxExportWriter::Utf8(Table& t, const std::string& text) {
   if (!text.empty()) {
+    t.bytes += kCellBytes + text.size();
     Check(worksheet_write_string(t.sheet, static_cast<lxw_row_t>(t.row), col_, text.c_str(),
                                  nullptr));
     t.widths[col_] = std::max(t.widths[col_], Width(CodePoints(text)));
@@ -249,6 +257,7 @@ void XlsxExportWriter::Text(Table& t, std::string_view stored) {
 
 void XlsxExportWriter::Number(Table& t, double value, lxw_format* format, uint16_t width) {
   if (std::isfinite(value)) {
+    t.bytes += kCellBytes;
     Check(worksheet_write_number(t.sheet, static_cast<lxw_row_t>(t.row), col_, value, format));
     t.widths[col_] = std::max(t.widths[col_], width);
   }
@@ -267,7 +276,7 @@ void XlsxExportWriter::Date(Table& t, double ole) {
 
 void XlsxExportWriter::WriteRow(Table& t, const Values& v) {
   if (!status_.ok()) return;
-  if (t.row >= sheetRows_) AddSheet(t);
+  if (t.row >= sheetRows_ || t.bytes >= kMaxSheetBytes) AddSheet(t);
   if (!status_.ok()) return;
   col_ = 0;
   // Digits of a size with its thousands separators.

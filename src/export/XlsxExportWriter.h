@@ -18,9 +18,11 @@
 // as U+FFFD, line breaks as line feeds, at most 32,767 characters). Every
 // sheet has a bold header row, the panes frozen below it, an auto-filter over
 // all its rows, and columns as wide as their contents within limits. A table
-// longer than a sheet (its header and 1,048,575 rows) goes on in "Files (2)",
-// "Files (3)", ..., each with its own header. Unticked option boxes leave
-// their columns out; chkDirFiles unticked leaves out the "Files" sheet.
+// longer than a sheet (its header and 1,048,575 rows, or about 3 GiB of
+// sheet data, which keeps each sheet within the 4 GiB a part of the workbook
+// may take) goes on in "Files (2)", "Files (3)", ..., each with its own
+// header. Unticked option boxes leave their columns out; chkDirFiles
+// unticked leaves out the "Files" sheet.
 //
 // Memory: the workbook is built in libxlsxwriter's constant-memory mode, so
 // only the current row of each sheet is held; the rows go to temporary files
@@ -105,6 +107,7 @@ class XlsxExportWriter final : public ExportWriter {
     lxw_worksheet* sheet = nullptr;
     int sheets = 0;
     int32_t row = 0;
+    uint64_t bytes = 0;  // about what the current sheet's XML takes so far
     std::vector<uint16_t> widths;
   };
 
