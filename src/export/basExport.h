@@ -52,6 +52,8 @@ inline constexpr std::array<ExportTypeInfo, kExportTypeCount> kExportTypes = {{
     {"XLS (Excel Normal)", "Excel Sheet (*.xlsx)|*.xlsx", "xlsx"},
     {"html (Single html Page)", "html (Single html Page) (*.html)|*.html", "html"},
 }};
+// REQUIRES: type is one of the four (check a number read from the settings
+// against kExportTypeCount first).
 inline constexpr const ExportTypeInfo& ExportTypeInfoOf(ExportType type) {
   return kExportTypes[static_cast<int>(type)];
 }
@@ -105,8 +107,9 @@ struct ExportResult {
 };
 
 // Writes the export to path, as one job (JobControl: caption "Exporting : "
-// and the disc's name; value and maximum count discs, folders and files what
-// was written). An existing file of that name is replaced only when the export
+// and the disc's name; value and maximum count discs, folders and files the
+// folders and files written so far). A type outside the four is refused
+// (InvalidArgument). An existing file of that name is replaced only when the export
 // completes: the file is written beside it ("<path>.part") and renamed into
 // place, so a cancelled (Cancelled) or failed export leaves no partial file.
 // A target that cannot be created fails (IOError, with the system's reason)
