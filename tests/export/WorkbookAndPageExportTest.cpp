@@ -460,6 +460,9 @@ TEST_F(WorkbookAndPageExportTest, CancelAndUnwritableTargetsLeaveNothing) {
     EXPECT_EQ(Listing("/proc/self/fd").size(), descriptors) << "temporary files are closed";
     job_ = JobControl();
   }
+  options_.type = static_cast<ExportType>(kExportTypeCount);  // a damaged setting
+  EXPECT_TRUE(basExport(data_, dir_.File("out"), options_, job_).status.IsInvalidArgument());
+  EXPECT_EQ(ReadFileBytes(dir_.File("out")), "earlier export");
 }
 
 TEST(ExportTypeTest, TheDialogsConstantsMatchTheTypes) {
