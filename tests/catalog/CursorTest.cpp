@@ -10,19 +10,10 @@ namespace {
 
 using CursorTest = CatalogTest;
 
-TEST_F(CursorTest, EmptyChainsAreAtTheirEndAtOnce) {
+TEST_F(CursorTest, ALongDiscWalksInAppendOrderWithAllLinksSet) {
   OpenCatalog();
   EXPECT_TRUE(cur_.FirstDisc().isEof());
   EXPECT_TRUE(cur_.FirstCat().isEof());
-  classCd& cd = cur_.NewDisc();
-  EXPECT_TRUE(cd.GetDirFirst().isEof());
-  classDir& dir = cd.GetDirAppend();
-  EXPECT_TRUE(dir.GetFileFirst().isEof());
-  EXPECT_TRUE(data_.ok());
-}
-
-TEST_F(CursorTest, ALongDiscWalksInAppendOrderWithAllLinksSet) {
-  OpenCatalog();
   const int32_t id = AddDisc("big", 30, 40);
   classCd& cd = cur_.Disc(id);
   EXPECT_EQ(cd.GetBytesUsed(),
@@ -101,7 +92,7 @@ TEST_F(CursorTest, ArchiveMembersChainUnderTheirFileAndCountForTheDisc) {
   EXPECT_TRUE(CatalogCheck(data_.file()).Run().empty());
 }
 
-TEST_F(CursorTest, UnlinkingDiscsKeepsTheHeaderChainSound) {
+TEST_F(CursorTest, UnlinkingDiscsAndCategoriesKeepsTheHeaderChainsSound) {
   OpenCatalog();
   const int32_t a = AddDisc("a", 1, 1);
   const int32_t b = AddDisc("b", 1, 1);
@@ -113,37 +104,29 @@ TEST_F(CursorTest, UnlinkingDiscsKeepsTheHeaderChainSound) {
   EXPECT_EQ(cur_.Disc(c).CdGetPrevRecord(), a);
   ASSERT_TRUE(data_.GetCdDelete(a));
   ASSERT_TRUE(data_.GetCdDelete(c));
-  EXPECT_EQ(data_.GetTableHeader().firstCd, 0);
-  EXPECT_EQ(data_.GetTableHeader().lastCd, 0);
-  EXPECT_EQ(data_.GetCdCount(), 0);
+  ASSERT_TRUE(data_.GetCatDelete(AddCategory("only")));
+  const HeaderRecord& h = data_.GetTableHeader();
+  EXPECT_EQ(std::vector<int32_t>({h.firstCd, h.lastCd, h.firstCat, h.lastCat}),
+            std::vector<int32_t>(4, 0));
+  EXPECT_EQ(data_.GetCdCount() + data_.GetCatCount(), 0);
   classData::PhysicalSize size;
   ASSERT_TRUE(data_.CalcPhysicalSize(&size).ok());
   EXPECT_EQ(size.bytesUsed, 124);
   EXPECT_TRUE(CatalogCheck(data_.file()).Run().empty());
+  // Empty chains are at their end at once.
+  classCd& cd = cur_.NewDisc();
+  EXPECT_TRUE(cd.GetDirFirst().isEof());
+  EXPECT_TRUE(cd.GetDirAppend().GetFileFirst().isEof());
+  EXPECT_TRUE(data_.ok());
 }
 
-TEST_F(CursorTest, UnlinkingTheOnlyCategoryEmptiesTheChain) {
+TEST_F(CursorTest, FoldersRemovedAndFilesAddedAfterTheScanKeepTheDiscSound) {
   OpenCatalog();
-  const int32_t id = AddCategory("only");
-  ASSERT_TRUE(data_.GetCatDelete(id));
-  EXPECT_EQ(data_.GetTableHeader().firstCat, 0);
-  EXPECT_EQ(data_.GetTableHeader().lastCat, 0);
-  EXPECT_EQ(data_.GetCatCount(), 0);
-}
-
-TEST_F(CursorTest, DeletingAFolderTakesItsFilesBytesOffTheDisc) {
-  OpenCatalog();
-  const int32_t id = AddDisc("d", 2, 3);
+  const int32_t id = AddDisc("d", 2, 2);
   classCd& cd = cur_.Disc(id);
   const int32_t first = cd.record().firstDir;
   ASSERT_TRUE(cd.GetDirRemove(first));
   EXPECT_NE(cd.record().firstDir, first);
-  EXPECT_TRUE(CatalogCheck(data_.file()).Run().empty());
-}
-
-TEST_F(CursorTest, AFileAddedAfterTheScanCountsForItsDisc) {
-  OpenCatalog();
-  const int32_t id = AddDisc("d", 1, 2);
   const int32_t before = cur_.Disc(id).GetBytesUsed();
   classDir& dir = cur_.Disc(id).GetDirFirst();
   dir.GetFileFirst();  // binds the folder's chain

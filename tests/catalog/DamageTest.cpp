@@ -2,7 +2,6 @@
 // to a clean stop, and the integrity check names the damage.
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <random>
 
 #include "CatalogFixture.h"
@@ -52,14 +51,10 @@ class DamageTest : public CatalogTest {
   bool walkOk_ = true;
 };
 
-TEST_F(DamageTest, TheUndamagedCatalogIsSound) {
-  bool opened = false;
-  EXPECT_TRUE(OpenWalkAndCheck(good_, &opened).empty());
-  EXPECT_TRUE(opened);
-  EXPECT_TRUE(walkOk_);
-}
-
 TEST_F(DamageTest, LinksPointingAnywhereAreReported) {
+  bool sound = false;
+  EXPECT_TRUE(OpenWalkAndCheck(good_, &sound).empty());
+  EXPECT_TRUE(sound && walkOk_) << "the undamaged catalog";
   for (int32_t bad : {-5, 1, 3, 1 << 30, file_ + 7}) {
     std::string bytes = good_;
     Poke32(&bytes, dir_ - 1 + 8, bad);  // the first folder's next link
@@ -93,13 +88,11 @@ TEST_F(DamageTest, TextCountsOutOfBounds) {
   }
 }
 
-TEST_F(DamageTest, LoopsEndQuickly) {
+TEST_F(DamageTest, LoopsEndTheWalk) {
   std::string bytes = good_;
   Poke32(&bytes, file_ - 1 + 12, file_);  // a file that is its own successor
-  const auto start = std::chrono::steady_clock::now();
   bool opened = false;
   const auto problems = OpenWalkAndCheck(bytes, &opened);
-  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(2));
   EXPECT_FALSE(walkOk_);
   EXPECT_FALSE(problems.empty());
 
@@ -137,12 +130,6 @@ TEST_F(DamageTest, TruncatedAndFlippedFilesNeverCrash) {
     }
   }
 }
-
-}  // namespace
-}  // namespace gorvan::test
-
-namespace gorvan::test {
-namespace {
 
 TEST_F(DamageTest, WalksPastTheBudgetEndWithTheDataFileError) {
   // Chains that loop into each other or are shared by many owners make a walk

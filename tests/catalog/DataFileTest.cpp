@@ -2,56 +2,18 @@
 // leaves the catalog as it was on disk.
 #include <gtest/gtest.h>
 
-#include <cstring>
-
 #include "CatalogFixture.h"
 #include "catalog/CatalogCheck.h"
 #include "catalog/DataFile.h"
+#include "support/FullDisk.h"
 
 namespace gorvan::test {
 namespace {
 
-// A file in memory that accepts at most `room` bytes before it reports a full disk.
-class FullDiskFile final : public FileIO {
- public:
-  FullDiskFile(std::string* bytes, size_t room) : bytes_(bytes), room_(room) {}
-  Status ReadAt(uint64_t off, void* dst, size_t n, size_t* got) override {
-    ++calls;
-    *got = off >= bytes_->size() ? 0 : std::min(n, bytes_->size() - static_cast<size_t>(off));
-    std::memcpy(dst, bytes_->data() + off, *got);
-    return Status::OK();
-  }
-  Status WriteAt(uint64_t off, const void* src, size_t n) override {
-    ++calls;
-    if (off + n > room_) {
-      // A partial write, as a real full disk gives.
-      if (off < room_) bytes_->resize(std::max<size_t>(bytes_->size(), room_));
-      return Status::IOError("No space left on device");
-    }
-    if (off + n > bytes_->size()) bytes_->resize(off + n);
-    std::memcpy(bytes_->data() + off, src, n);
-    return Status::OK();
-  }
-  Status Truncate(uint64_t length) override {
-    bytes_->resize(length);
-    return Status::OK();
-  }
-  Status Sync() override { return Status::OK(); }
-  Status Size(uint64_t* size) override {
-    *size = bytes_->size();
-    return Status::OK();
-  }
-  int calls = 0;
-
- private:
-  std::string* bytes_;
-  size_t room_;
-};
-
 TEST(DataFileTest, ReadsSeeBufferedWritesAndWritesAreBatched) {
   std::string disk = "0123456789";
-  auto io = std::make_unique<FullDiskFile>(&disk, 1 << 30);
-  FullDiskFile* raw = io.get();
+  auto io = std::make_unique<FullDisk>(&disk, 1 << 30);
+  FullDisk* raw = io.get();
   std::unique_ptr<DataFile> file;
   ASSERT_TRUE(DataFile::Wrap(std::move(io), &file).ok());
   int64_t pos = 0;
@@ -70,7 +32,7 @@ TEST(DataFileTest, ReadsSeeBufferedWritesAndWritesAreBatched) {
 
 TEST(DataFileTest, AFailedFlushCutsTheFileBackAndRefusesFurtherWrites) {
   std::string disk(200, 'h');
-  auto io = std::make_unique<FullDiskFile>(&disk, 300);
+  auto io = std::make_unique<FullDisk>(&disk, 300);
   std::unique_ptr<DataFile> file;
   ASSERT_TRUE(DataFile::Wrap(std::move(io), &file).ok());
   int64_t pos = 0;
@@ -87,12 +49,12 @@ TEST(DataFileTest, AFullDiskDuringADiscLeavesItUnlinkedAndTheCatalogSound) {
   std::string disk;
   {
     classData data;
-    ASSERT_TRUE(data.OpenWith(std::make_unique<FullDiskFile>(&disk, 1 << 30), "mem", false, false,
+    ASSERT_TRUE(data.OpenWith(std::make_unique<FullDisk>(&disk, 1 << 30), "mem", false, false,
                               true));
   }
   const std::string before = disk;
   classData data;
-  ASSERT_TRUE(data.OpenWith(std::make_unique<FullDiskFile>(&disk, before.size() + 3000), "mem",
+  ASSERT_TRUE(data.OpenWith(std::make_unique<FullDisk>(&disk, before.size() + 3000), "mem",
                             true, false, true));
   classCd cd = data.CdCursor();
   data.GetCdAppend(cd);
@@ -107,7 +69,7 @@ TEST(DataFileTest, AFullDiskDuringADiscLeavesItUnlinkedAndTheCatalogSound) {
   data.CloseFiles();
 
   classData again;
-  ASSERT_TRUE(again.OpenWith(std::make_unique<FullDiskFile>(&disk, 1 << 30), "mem", true, false,
+  ASSERT_TRUE(again.OpenWith(std::make_unique<FullDisk>(&disk, 1 << 30), "mem", true, false,
                              true));
   EXPECT_EQ(again.GetCdCount(), 0);
   EXPECT_TRUE(CatalogCheck(again.file()).Run().empty());

@@ -60,7 +60,7 @@ TEST_F(DiscTreeTest, ScannedTreesHoldTheFoldersOnDisk) {
   for (const bool wholeVolume : {false, true}) {
     SCOPED_TRACE(wholeVolume ? "a whole volume" : "a folder");
     ScanOptions o;
-    if (wholeVolume) o.mountPoint = root;
+    if (wholeVolume) o.v.mountPoint = root;
     const int32_t disc = Scan(data_, root, o);
     DiscTree tree;
     ASSERT_TRUE(tree.Build(data_.file(), disc).ok());

@@ -9,34 +9,13 @@
 #include "CatalogFixture.h"
 #include "LiveContent.h"
 #include "catalog/CatalogCheck.h"
-#include "catalog/MemoryFile.h"
 #include "catalog/basBackup.h"
+#include "support/FullDisk.h"
 
 namespace gorvan::test {
 namespace {
 
 bool Exists(const std::string& path) { return ::access(path.c_str(), F_OK) == 0; }
-
-// A file in memory that takes room bytes and then fails as a full disk does.
-class FullDiskFile final : public FileIO {
- public:
-  explicit FullDiskFile(size_t room) : room_(room) {}
-  Status ReadAt(uint64_t off, void* dst, size_t n, size_t* got) override {
-    return file_.ReadAt(off, dst, n, got);
-  }
-  Status WriteAt(uint64_t off, const void* src, size_t n) override {
-    if (off + n > room_) return Status::IOError("write: No space left on device");
-    return file_.WriteAt(off, src, n);
-  }
-  Status Truncate(uint64_t length) override { return file_.Truncate(length); }
-  Status Sync() override { return Status::OK(); }
-  Status Size(uint64_t* size) override { return file_.Size(size); }
-
- private:
-  size_t room_;
-  std::string bytes_;
-  MemoryFile file_{&bytes_};
-};
 
 class MaintenanceTest : public CatalogTest {
  protected:
@@ -251,9 +230,11 @@ TEST_F(MaintenanceTest, AFullDiskOrCancelLeavesEveryCatalogAsItWas) {
     ASSERT_TRUE(data_.IsOpen());
     EXPECT_EQ(LiveContent(data_), content);
   };
+  std::string copy;  // where the compaction writes its copy
   for (size_t room : {size_t{0}, size_t{200}, size_t{1000}}) {
-    open_ = [room](const std::string&, std::unique_ptr<FileIO>* out) {
-      *out = std::make_unique<FullDiskFile>(room);
+    open_ = [room, &copy](const std::string&, std::unique_ptr<FileIO>* out) {
+      copy.clear();
+      *out = std::make_unique<FullDisk>(&copy, room);
       return Status::OK();
     };
     const MaintenanceResult r = CompactDataFiles(data_, job_, open_);

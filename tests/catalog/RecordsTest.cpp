@@ -116,7 +116,7 @@ TEST(RecordsTest, EveryKindRoundTrips) {
   EXPECT_EQ(back.password.count, 4);
 }
 
-TEST(NewCatalogTest, IsTheHeaderPlusTheNameTextByteForByte) {
+TEST(NewCatalogTest, IsTheHeaderPlusTheNameTextByteForByteAndMarksUtf8) {
   test::TempDir dir;
   classData data;
   data.SetNewCatalogEncoding(TextEncoding::kWindows1252);
@@ -138,16 +138,14 @@ TEST(NewCatalogTest, IsTheHeaderPlusTheNameTextByteForByte) {
   EXPECT_EQ(DecodeFixed32(b + 82), 6);
   for (int off : {70, 74, 86, 90, 94, 98, 102, 106, 110, 114}) EXPECT_EQ(DecodeFixed32(b + off), 0);
   EXPECT_EQ(bytes.substr(118), "Gorvan");
-}
 
-TEST(NewCatalogTest, Utf8CatalogsAreMarkedAndPlainCreateHasNoTexts) {
-  test::TempDir dir;
-  classData data;
-  ASSERT_TRUE(data.OpenFiles(dir.File("u.cd"), false, false));
-  data.CloseFiles();
-  const std::string bytes = test::ReadFileBytes(dir.File("u.cd"));
-  ASSERT_EQ(bytes.size(), 118u);
-  EXPECT_EQ(bytes.substr(50, 4), "UTF8");
+  // A UTF-8 catalog is marked; a plain create writes no texts.
+  classData utf8Data;
+  ASSERT_TRUE(utf8Data.OpenFiles(dir.File("u.cd"), false, false));
+  utf8Data.CloseFiles();
+  const std::string utf8 = test::ReadFileBytes(dir.File("u.cd"));
+  ASSERT_EQ(utf8.size(), 118u);
+  EXPECT_EQ(utf8.substr(50, 4), "UTF8");
 }
 
 }  // namespace

@@ -36,11 +36,7 @@ TEST_F(TextTest, WritingATextTwiceLeavesTheFirstCopyAsGarbage) {
   EXPECT_EQ(cd.record().notes.pos, 0);
   EXPECT_EQ(cd.record().notes.count, 0);
   EXPECT_EQ(cd.GetBytesUsed(), 116);
-}
-
-TEST_F(TextTest, ACountOfZeroReadsEmptyWhateverThePosition) {
-  OpenCatalog();
-  classCd& cd = cur_.NewDisc();
+  // A count of 0 reads empty whatever the position.
   cd.record().name = {999999, 0};
   EXPECT_EQ(cd.GetCdName(), "");
   EXPECT_TRUE(data_.ok());
@@ -147,9 +143,7 @@ TEST(FormatTest, NumbersAreIntegersBelow1e15ElseShortestWithUpperExponent) {
 
 TEST(OleDateTest, RoundTripsThroughLocalTime) {
   const std::time_t t = 1700000000;
-  const double ole = OleDateFromTime(t);
-  EXPECT_EQ(TimeFromOleDate(ole), t);
-  EXPECT_GT(ole, 45000.0);
+  EXPECT_EQ(TimeFromOleDate(OleDateFromTime(t)), t);
 }
 
 }  // namespace

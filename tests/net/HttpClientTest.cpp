@@ -25,7 +25,7 @@ HttpRequest Request(std::string url) {
   return request;
 }
 
-TEST(HttpClientTest, GetSendsAgentAndHeadersAndReturnsTheAnswer) {
+TEST(HttpClientTest, GetSendsAgentAndHeadersAndPassesTheAnswerThrough) {
   TestHttpServer server;
   server.Answer("/hello",
                 CannedAnswer::Ok(std::string("hi\0there", 8), "text/plain; charset=UTF-8"));
@@ -49,6 +49,27 @@ TEST(HttpClientTest, GetSendsAgentAndHeadersAndReturnsTheAnswer) {
   EXPECT_THAT(seen[0].Header("User-Agent"), MatchesRegex("Gorvan/[0-9]+\\.[0-9]+\\.[0-9]+"));
   EXPECT_EQ(seen[1].Header("User-Agent"), "Gorvan/1.0.1 ( ann@example.org )");
   EXPECT_EQ(seen[1].Header("Accept"), "application/json");
+
+  // Status codes and redirects are passed through.
+  for (int status : {201, 404, 500, 503}) {
+    const std::string path = "/s" + std::to_string(status);
+    server.Answer(path, CannedAnswer::WithStatus(status, "body " + path));
+    HttpResponse r = HttpClient::Get(server.Url(path));
+    ASSERT_TRUE(r.ok()) << status << ": " << r.message;
+    EXPECT_EQ(r.status, status);
+    EXPECT_EQ(r.body, "body " + path);
+  }
+  // Five redirects are allowed: /r1 .. /r5 lead to /end.
+  for (int i = 1; i <= 5; ++i) {
+    server.Answer("/r" + std::to_string(i),
+                  CannedAnswer::Redirect(i < 5 ? "/r" + std::to_string(i + 1) : "/end", 301));
+  }
+  server.Answer("/end", CannedAnswer::Ok("arrived"));
+  HttpResponse r = HttpClient::Get(server.Url("/r1"));
+  ASSERT_TRUE(r.ok()) << r.message;
+  EXPECT_EQ(r.status, 200);
+  EXPECT_EQ(r.body, "arrived");
+  EXPECT_EQ(r.finalUrl, server.Url("/end"));
 }
 
 TEST(HttpClientTest, PostSendsTheFormEscaped) {
@@ -71,29 +92,6 @@ TEST(HttpClientTest, PostSendsTheFormEscaped) {
   const std::string expected = "a%20b=x%26y%3Dz&pipes=%7C%7C&name=Bj%C3%B6rk~-._&empty=&l=";
   EXPECT_EQ(seen[0].body.substr(0, expected.size()), expected);
   EXPECT_TRUE(seen[0].body == expected + longText);
-}
-
-TEST(HttpClientTest, StatusCodesAndRedirectsArePassedThrough) {
-  TestHttpServer server;
-  for (int status : {201, 404, 500, 503}) {
-    const std::string path = "/s" + std::to_string(status);
-    server.Answer(path, CannedAnswer::WithStatus(status, "body " + path));
-    HttpResponse r = HttpClient::Get(server.Url(path));
-    ASSERT_TRUE(r.ok()) << status << ": " << r.message;
-    EXPECT_EQ(r.status, status);
-    EXPECT_EQ(r.body, "body " + path);
-  }
-  // Five redirects are allowed: /r1 .. /r5 lead to /end.
-  for (int i = 1; i <= 5; ++i) {
-    server.Answer("/r" + std::to_string(i),
-                  CannedAnswer::Redirect(i < 5 ? "/r" + std::to_string(i + 1) : "/end", 301));
-  }
-  server.Answer("/end", CannedAnswer::Ok("arrived"));
-  HttpResponse r = HttpClient::Get(server.Url("/r1"));
-  ASSERT_TRUE(r.ok()) << r.message;
-  EXPECT_EQ(r.status, 200);
-  EXPECT_EQ(r.body, "arrived");
-  EXPECT_EQ(r.finalUrl, server.Url("/end"));
 }
 
 TEST(HttpClientTest, SizeCap) {
@@ -179,10 +177,21 @@ TEST(HttpClientTest, FailuresHaveAKindAndAText) {
   }
 }
 
-TEST(HttpClientTest, StopFromAnotherThreadEndsAStalledRequest) {
+TEST(HttpClientTest, AStopEndsAStalledRequestOrPreventsTheConnection) {
   TestHttpServer server;
   server.Answer("/stall", CannedAnswer::Stall());
   server.Answer("/trickle", CannedAnswer::Trickle(std::string(1000, 't'), milliseconds(20)));
+  server.Answer("/ping", CannedAnswer::Ok("pong"));
+  // A stop asked before the call: no connection at all. The server accepts in
+  // order, so a connection of the stopped call would be counted first.
+  std::stop_source stopped;
+  stopped.request_stop();
+  HttpResponse r = HttpClient::Get(server.Url("/ping"), stopped.get_token());
+  EXPECT_EQ(r.error, HttpError::kCancelled);
+  EXPECT_FALSE(r.message.empty());
+  ASSERT_TRUE(HttpClient::Get(server.Url("/ping")).ok());
+  EXPECT_EQ(server.connections(), 1);
+  // A stop from another thread while the answer stalls or trickles.
   for (const char* path : {"/stall", "/trickle"}) {
     std::stop_source stop;
     std::jthread stopper([&stop] {
@@ -191,23 +200,10 @@ TEST(HttpClientTest, StopFromAnotherThreadEndsAStalledRequest) {
     });
     HttpRequest request = Request(server.Url(path));
     request.timeout = milliseconds(20'000);  // a missed stop fails as a time-out, not a hang
-    HttpResponse r = HttpClient::Perform(request, stop.get_token());
+    r = HttpClient::Perform(request, stop.get_token());
     EXPECT_EQ(r.error, HttpError::kCancelled) << path << ": " << r.message;
     EXPECT_FALSE(r.message.empty());
   }
-}
-
-TEST(HttpClientTest, StopBeforeTheCallMakesNoConnection) {
-  TestHttpServer server;
-  server.Answer("/ping", CannedAnswer::Ok("pong"));
-  std::stop_source stop;
-  stop.request_stop();
-  HttpResponse r = HttpClient::Get(server.Url("/ping"), stop.get_token());
-  EXPECT_EQ(r.error, HttpError::kCancelled);
-  EXPECT_FALSE(r.message.empty());
-  // The server accepts in order: a connection of the stopped call would come first.
-  ASSERT_TRUE(HttpClient::Get(server.Url("/ping")).ok());
-  EXPECT_EQ(server.connections(), 1);
 }
 
 TEST(HttpClientTest, ThreadsRequestAtOnce) {

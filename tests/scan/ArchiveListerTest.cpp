@@ -1,16 +1,13 @@
-#include "scan/ArchiveLister.h"
-
 #include <archive.h>
 #include <archive_entry.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
-#include <ctime>
 #include <functional>
-#include <map>
 #include <string>
 #include <vector>
 
+#include "scan/ArchiveLister.h"
 #include "scan/ScanTestTree.h"
 
 namespace gorvan {
@@ -22,7 +19,6 @@ struct Entry {
   std::string path, data;
   mode_t mode = AE_IFREG | 0644;
   time_t mtime = test::kFixedTime;
-  bool utf8Name = false;  // set the name as UTF-8 rather than raw bytes
 };
 
 la_ssize_t Append(struct archive*, void* out, const void* buf, size_t len) {
@@ -31,9 +27,10 @@ la_ssize_t Append(struct archive*, void* out, const void* buf, size_t len) {
 }
 
 // Builds an archive in memory with libarchive's writer. `setup` picks format,
-// filters and options; returns "" when libarchive cannot write it.
+// filters and options; returns "" when libarchive cannot write it. Names are
+// taken as UTF-8 with `utf8Names`, else as raw bytes.
 std::string Build(const std::function<bool(struct archive*)>& setup,
-                  const std::vector<Entry>& entries) {
+                  const std::vector<Entry>& entries, bool utf8Names = false) {
   std::string out;
   struct archive* a = archive_write_new();
   archive_write_set_bytes_in_last_block(a, 1);  // no padding: a cut must cut into data
@@ -41,7 +38,7 @@ std::string Build(const std::function<bool(struct archive*)>& setup,
   for (const Entry& e : entries) {
     if (!ok) break;
     struct archive_entry* entry = archive_entry_new();
-    if (e.utf8Name) {
+    if (utf8Names) {
       archive_entry_update_pathname_utf8(entry, e.path.c_str());
     } else {
       archive_entry_copy_pathname(entry, e.path.c_str());
@@ -99,93 +96,48 @@ Listing List(const std::string& bytesOrPath, bool isPath = false) {
     l.members.push_back(m);
     return true;
   };
-  l.status = isPath ? ArchiveLister::List(bytesOrPath, add)
-                    : ArchiveLister::ListMemory(bytesOrPath, add);
+  l.status =
+      isPath ? ArchiveLister::List(bytesOrPath, add) : ArchiveLister::ListMemory(bytesOrPath, add);
   return l;
 }
 
-// Real archives made by zip and tar, listed by zipinfo and bsdtar: the
-// listing must agree member by member.
-TEST(ArchiveListerTest, ListingsAgreeWithZipinfoAndBsdtar) {
-  for (const char* tool : {"zip", "zipinfo", "tar", "bsdtar"}) {
-    if (!test::HaveTool(tool)) GTEST_SKIP() << tool << " is not installed";
-  }
-  TempDir src;
-  const time_t recent = (std::time(nullptr) - 86400) / 2 * 2;  // ZIP times count in 2 s
-  test::MakeDir(src.File("d"));
-  test::MakeDir(src.File("d/sub"));
-  test::MakeDir(src.File("d/empty"));
-  test::MakeFile(src.File("d/a.txt"), std::string(3000, 'a'), recent);
-  test::MakeFile(src.File("d/sub/z.bin"), std::string(5000, 'z'), 946684800);
-  test::MakeFile(src.File("d/sub/two words.txt"), "x", test::kFixedTime);
-  test::MakeFile(src.File("d/locked"), "", recent - 3600);
-  ::chmod(src.File("d/locked").c_str(), 0444);
-  const std::string zip = src.File("t.zip"), tgz = src.File("t.tar.gz");
-  ASSERT_EQ(std::system(("cd '" + src.path() + "' && zip -qr t.zip d && tar czf t.tar.gz d").c_str()), 0);
-
-  for (const bool isZip : {true, false}) {
-    const std::string archive = isZip ? zip : tgz;
-    SCOPED_TRACE(archive);
-    const std::vector<test::ToolMember> expected = test::ToolMembers(archive, isZip);
-    ASSERT_EQ(expected.size(), 4u);
-    const Listing l = List(archive, true);
-    ASSERT_TRUE(l.status.ok()) << l.status.message();
-    std::map<std::string, ArchiveMember> listed;
-    for (const ArchiveMember& m : l.members) {
-      std::string path = m.path;
-      for (char& ch : path) ch = ch == '\\' ? '/' : ch;
-      listed[path.empty() ? m.name : path + "/" + m.name] = m;
-    }
-    EXPECT_EQ(listed.size(), l.members.size());  // no member listed twice
-    for (const test::ToolMember& e : expected) {
-      SCOPED_TRACE(e.path);
-      ASSERT_EQ(listed.count(e.path), 1u);
-      const ArchiveMember& m = listed[e.path];
-      EXPECT_EQ(m.size, e.size);
-      // zipinfo states the packed size; tar members are compressed as a whole.
-      EXPECT_EQ(m.packedSize, e.packed);
-      ASSERT_TRUE(m.hasTime);
-      EXPECT_EQ(isZip ? test::ZipinfoDate(m.mtime) : test::BsdtarDate(m.mtime), e.date);
-      EXPECT_EQ((m.attributes & kAttrReadOnly) != 0, !e.writable);
-    }
-  }
-}
-
+// Real archives made by zip and checked against zipinfo are in ScanEngineTest.
 TEST(ArchiveListerTest, EveryFormatListsTheSameTree) {
-  struct Case {
-    const char* label;
-    std::function<bool(struct archive*)> setup;
-    int packed;  // -1: the format cannot tell; 0: stored, packed equals size; 1: deflated
-  };
-  const Case cases[] = {
-      {"zip", Zip, 1},
-      {"stored zip", StoredZip, 0},
-      {"7z", [](struct archive* a) { return archive_write_set_format_7zip(a) == ARCHIVE_OK; }, -1},
-      {"tar", [](struct archive* a) { return archive_write_set_format_pax_restricted(a) == ARCHIVE_OK; }, 0},
-      {"tar.gz", Tgz, -1},
+  enum Packed { kUnknown, kStored, kDeflated };
+  const std::pair<const char*, std::function<bool(struct archive*)>> formats[] = {
+      {"zip", Zip},
+      {"stored zip", StoredZip},
+      {"7z", [](struct archive* a) { return archive_write_set_format_7zip(a) == ARCHIVE_OK; }},
+      {"tar",
+       [](struct archive* a) { return archive_write_set_format_pax_restricted(a) == ARCHIVE_OK; }},
+      {"tar.gz", Tgz},
       {"tar.xz",
-       [](struct archive* a) { return Gnutar(a) && archive_write_add_filter_xz(a) == ARCHIVE_OK; },
-       -1},
-      {"iso", [](struct archive* a) { return archive_write_set_format_iso9660(a) == ARCHIVE_OK; }, 0},
+       [](struct archive* a) { return Gnutar(a) && archive_write_add_filter_xz(a) == ARCHIVE_OK; }},
+      {"iso", [](struct archive* a) { return archive_write_set_format_iso9660(a) == ARCHIVE_OK; }},
   };
-  const int a = kAttrArchive, ro = a | kAttrReadOnly;
-  for (const Case& c : cases) {
-    SCOPED_TRACE(c.label);
-    const Listing l = List(Build(c.setup, kSampleTree));
+  const Packed packed[] = {kDeflated, kStored, kUnknown, kStored, kUnknown, kUnknown, kStored};
+  const std::string a = std::to_string(kAttrArchive),
+                    ro = std::to_string(kAttrArchive | kAttrReadOnly);
+  for (size_t i = 0; i < std::size(formats); ++i) {
+    SCOPED_TRACE(formats[i].first);
+    const Listing l = List(Build(formats[i].second, kSampleTree));
     ASSERT_TRUE(l.status.ok()) << l.status.message();
     // Folder entries are not listed. ISO 9660 has no write bits of its own:
     // every member of an image reads as read-only, so attributes are left out.
-    const bool iso = std::string(c.label) == "iso";
+    const bool iso = i + 1 == std::size(formats);
     EXPECT_EQ(l.Summary(!iso),
-              (std::vector<std::string>{
-                  "|top.txt|5|1600000000|" + (iso ? "" : std::to_string(a)) + "|",
-                  "dir\\sub|deep.bin|5000|1600000000|" + (iso ? "" : std::to_string(a)) + "|",
-                  "dir|locked.txt|9|946684800|" + (iso ? "" : std::to_string(ro)) + "|"}));
+              (std::vector<std::string>{"|top.txt|5|1600000000|" + (iso ? "" : a) + "|",
+                                        "dir\\sub|deep.bin|5000|1600000000|" + (iso ? "" : a) + "|",
+                                        "dir|locked.txt|9|946684800|" + (iso ? "" : ro) + "|"}));
     for (const ArchiveMember& m : l.members) {
-      EXPECT_EQ(m.packedSize, c.packed < 0 ? -1 : c.packed == 0 ? m.size : m.packedSize) << m.name;
+      if (packed[i] != kDeflated) {
+        EXPECT_EQ(m.packedSize, packed[i] == kStored ? m.size : -1) << m.name;
+      }
     }
-    if (c.packed == 1 && l.members.size() == 3) {
-      EXPECT_LT(l.members[1].packedSize, 200);  // 5000 equal bytes deflate to a few dozen
+    // 5000 equal bytes deflate to a few dozen.
+    if (packed[i] == kDeflated && l.members.size() == 3) {
+      EXPECT_GT(l.members[1].packedSize, 0);
+      EXPECT_LT(l.members[1].packedSize, 200);
     }
   }
 }
@@ -199,17 +151,14 @@ TEST(ArchiveListerTest, NamesAreNormalisedButKeepTheirBytes) {
   ASSERT_TRUE(l.status.ok()) << l.status.message();
   const std::string t = std::to_string(test::kFixedTime) + "|";
   const std::string file = std::to_string(kAttrArchive) + "|";
-  EXPECT_EQ(l.Summary(), (std::vector<std::string>{
-                             "a\\b|c.txt|1|" + t + file, "abs|file|1|" + t + file,
-                             "|link|0|" + t + std::to_string(kAttrReparsePoint) + "|",
-                             "caf\xE9|na\xEFve.txt|1|" + t + file}));
+  EXPECT_EQ(l.Summary(),
+            (std::vector<std::string>{"a\\b|c.txt|1|" + t + file, "abs|file|1|" + t + file,
+                                      "|link|0|" + t + std::to_string(kAttrReparsePoint) + "|",
+                                      "caf\xE9|na\xEFve.txt|1|" + t + file}));
   // A ZIP that marks its names as UTF-8.
-  Entry utf8{"\u00E9t\u00E9/\u65E5\u672C.txt", "y"};
-  utf8.utf8Name = true;
-  l = List(Build(Zip, {utf8}));
+  l = List(Build(Zip, {{"\u00E9t\u00E9/\u65E5\u672C.txt", "y"}}, true));
   ASSERT_EQ(l.members.size(), 1u);
-  EXPECT_EQ(l.members[0].name, "\u65E5\u672C.txt");
-  EXPECT_EQ(l.members[0].path, "\u00E9t\u00E9");
+  EXPECT_EQ(l.members[0].path + "|" + l.members[0].name, "\u00E9t\u00E9|\u65E5\u672C.txt");
 }
 
 TEST(ArchiveListerTest, EncryptedZipListsEveryMember) {
@@ -256,8 +205,7 @@ TEST(ArchiveListerTest, DamagedInputAndFileErrors) {
   TempDir dir;
   EXPECT_TRUE(List(dir.File("missing.zip"), true).status.IsNotFound());
   EXPECT_TRUE(List(dir.path(), true).status.IsIOError());
-  test::MakeFile(dir.File("text.zip"), "just some text, not an archive");
-  const Status s = List(dir.File("text.zip"), true).status;
+  const Status s = List(test::MakeFile(dir.File("text.zip"), "not an archive"), true).status;
   EXPECT_TRUE(s.IsCorruption());
   EXPECT_NE(s.message().find("text.zip"), std::string::npos);
   ASSERT_EQ(::mkfifo(dir.File("pipe.zip").c_str(), 0600), 0);
@@ -271,13 +219,10 @@ TEST(ArchiveListerTest, DamagedInputAndFileErrors) {
 }
 
 TEST(ArchiveListerTest, WhichNamesAreTried) {
-  for (const char* yes : {"a.zip", "A.ZIP", "x.7z", "x.rar", "x.tar", "x.tar.gz", "x.TGZ",
-                          "x.tar.bz2", "x.tbz2", "x.tar.xz", "x.tar.zst", "x.tar.Z", "disc.iso",
-                          "setup.cab"}) {
+  for (const char* yes : {"a.zip", "A.ZIP", "x.7z", "x.tar.gz", "x.TGZ", "x.tar.Z", "disc.iso"}) {
     EXPECT_TRUE(ArchiveLister::IsArchiveName(yes)) << yes;
   }
-  for (const char* no : {".zip", "zip", "a.zip ", "a.zipx", "a.gz", "a.docx", "a.jar", "a.mp3", "",
-                         "a.z"}) {
+  for (const char* no : {".zip", "zip", "a.zip ", "a.zipx", "a.gz", "a.docx", "", "a.z"}) {
     EXPECT_FALSE(ArchiveLister::IsArchiveName(no)) << no;
   }
 }

@@ -1,5 +1,3 @@
-#include "scan/VolumeInfo.h"
-
 #include <gtest/gtest.h>
 #include <sys/mount.h>
 #include <sys/stat.h>
@@ -10,6 +8,7 @@
 #include <tuple>
 #include <vector>
 
+#include "scan/VolumeInfo.h"
 #include "support/TempDir.h"
 
 namespace gorvan {
@@ -42,11 +41,14 @@ TEST(MountInfoTest, ParsesFieldsDecodesEscapesAndFindsTheMount) {
                      "/media/my|/|ext4|/dev/sda3|8:3", "/media/my/deep|/|ext4|/dev/sda5|8:5",
                      "/media/my stick|/|btrfs|/dev/sdc1|8:4"}));
   // The longest whole-folder prefix wins; of two mounts on one point, the later.
-  const std::pair<const char*, const char*> at[] = {
-      {"/", "/dev/sda1"},         {"/home/ann", "/dev/sda1"},
-      {"/media/my", "/dev/sda3"}, {"/media/my/x", "/dev/sda3"}, {"/media/my/deep/y", "/dev/sda5"},
-      {"/media/myx", "/dev/sda1"}, {"/media/my stick/f", "/dev/sdc1"},
-      {"relative", "none"}};
+  const std::pair<const char*, const char*> at[] = {{"/", "/dev/sda1"},
+                                                    {"/home/ann", "/dev/sda1"},
+                                                    {"/media/my", "/dev/sda3"},
+                                                    {"/media/my/x", "/dev/sda3"},
+                                                    {"/media/my/deep/y", "/dev/sda5"},
+                                                    {"/media/myx", "/dev/sda1"},
+                                                    {"/media/my stick/f", "/dev/sdc1"},
+                                                    {"relative", "none"}};
   for (const auto& [path, source] : at) {
     const VolumeInfo::Mount* m = VolumeInfo::FindMount(mounts, path);
     EXPECT_EQ(m ? m->source : std::string("none"), source) << path;
@@ -64,9 +66,7 @@ TEST(VolumeSerialTest, SerialsAndDriveTypes) {
       {"vfat", "ABCD-1234", 0xABCD1234u},
       {"exfat", "a1b2-c3d4", 0xA1B2C3D4u},
       {"ntfs", "0123456789ABCDEF", 0x89ABCDEFu},  // the low half of the 64-bit serial
-      {"ntfs3", "0123456789ABCDEF", 0x89ABCDEFu},
       {"ext4", "0a1b2c3d-4e5f-6071-8293-a4b5c6d7e8f9", 0x0A1B2C3Du},  // else the first 32 bits
-      {"btrfs", "0a1b-2c3d-4e5f", 0x0A1B2C3Du},
       {"iso9660", "2024-03-05-10-11-12-00", 0x20240305u},
       {"ext4", "", 0u},
       {"ext4", "12", 0x12u},
@@ -76,22 +76,14 @@ TEST(VolumeSerialTest, SerialsAndDriveTypes) {
     EXPECT_EQ(VolumeInfo::SerialFromUuid(fs, uuid), serial) << fs << " " << uuid;
   }
   const std::tuple<const char*, const char*, bool, int> types[] = {
-      {"iso9660", "sr0", false, kMediaOptical},
-      {"udf", "sr12", true, kMediaOptical},
-      {"ext4", "srx", false, kMediaFixed},
-      {"vfat", "sdb", true, kMediaRemovable},
-      {"ext4", "sda", false, kMediaFixed},
-      {"tmpfs", "", false, kMediaRam},
-      {"ramfs", "", false, kMediaRam},
-      {"overlay", "", false, kMediaFixed},
-      {"fuse", "", false, kMediaFixed},
+      {"iso9660", "sr0", false, kMediaOptical}, {"udf", "sr12", true, kMediaOptical},
+      {"ext4", "srx", false, kMediaFixed},      {"vfat", "sdb", true, kMediaRemovable},
+      {"ext4", "sda", false, kMediaFixed},      {"tmpfs", "", false, kMediaRam},
+      {"fuse", "", false, kMediaFixed},         {"nfs4", "", false, kMediaRemote},
+      {"fuse.sshfs", "", false, kMediaRemote},
   };
   for (const auto& [fs, dev, removable, type] : types) {
     EXPECT_EQ(VolumeInfo::DriveTypeFor(fs, dev, removable), type) << fs << " " << dev;
-  }
-  for (const char* remote : {"nfs", "nfs4", "cifs", "smb3", "fuse.sshfs", "9p", "afs", "ceph",
-                             "glusterfs", "davfs"}) {
-    EXPECT_EQ(VolumeInfo::DriveTypeFor(remote, "", false), kMediaRemote) << remote;
   }
 }
 
@@ -117,74 +109,54 @@ bool Shell(const std::string& command) {
 
 // Unmounts on scope exit so that a failing test never leaves a mount behind
 // (and never lets TempDir's clean-up walk into one).
-class MountGuard {
- public:
-  explicit MountGuard(std::string point) : point_(std::move(point)) {}
-  ~MountGuard() {
-    if (!point_.empty()) ::umount2(point_.c_str(), MNT_DETACH);
-  }
-  MountGuard(const MountGuard&) = delete;
-  MountGuard& operator=(const MountGuard&) = delete;
-
- private:
-  std::string point_;
+struct MountGuard {
+  std::string point;
+  ~MountGuard() { ::umount2(point.c_str(), MNT_DETACH); }
 };
 
-TEST(VolumeInfoTest, LoopMountedExt4WithLabel) {
-  if (::geteuid() != 0) GTEST_SKIP() << "needs root to loop-mount an image";
-  if (!Shell("command -v mkfs.ext4")) GTEST_SKIP() << "mkfs.ext4 (e2fsprogs) is not installed";
+// A labelled ext4 image and a tmpfs, mounted at points whose names need the
+// mountinfo escapes.
+TEST(VolumeInfoTest, MountedVolumes) {
+  if (::geteuid() != 0) GTEST_SKIP() << "needs root to mount";
   TempDir dir;
-  const std::string image = dir.File("disk.img");
-  // A mount point with a blank checks the mountinfo escapes end to end.
-  const std::string point = dir.File("mount point");
+  const std::string ram = dir.File("ram disk");
+  ASSERT_EQ(::mkdir(ram.c_str(), 0755), 0);
+  if (::mount("gorvan-test", ram.c_str(), "tmpfs", 0, "size=1m") != 0) {
+    GTEST_SKIP() << "mounting a tmpfs is not permitted here";
+  }
+  MountGuard ramGuard{ram};
+  VolumeInfo v = VolumeInfo::ForPath(ram);
+  ASSERT_TRUE(v.ok()) << v.status().message();
+  EXPECT_EQ(v.mountPoint() + "|" + v.fsType() + "|" + v.device() + "|" + v.label(),
+            ram + "|tmpfs|gorvan-test|(no label)");
+  EXPECT_EQ(v.driveType(), kMediaRam);
+  EXPECT_EQ(v.serial(), 0u);
+  EXPECT_EQ(v.totalBytes(), 1024u * 1024);
+
+  if (!Shell("command -v mkfs.ext4")) GTEST_SKIP() << "mkfs.ext4 (e2fsprogs) is not installed";
+  const std::string image = dir.File("disk.img"), point = dir.File("mount\tpoint");
   ASSERT_EQ(::mkdir(point.c_str(), 0755), 0);
   ASSERT_TRUE(Shell("truncate -s 8M '" + image + "'"));
   ASSERT_TRUE(Shell("mkfs.ext4 -q -F -L 'Gorvan Vol' -U 0a1b2c3d-4e5f-4071-8293-a4b5c6d7e8f9 '" +
-                  image + "'"));
+                    image + "'"));
   if (!Shell("mount -o loop '" + image + "' '" + point + "'")) {
     GTEST_SKIP() << "loop mount is not possible here";
   }
-  MountGuard guard(point);
+  MountGuard loopGuard{point};
   ASSERT_EQ(::mkdir((point + "/sub").c_str(), 0755), 0);
-
-  VolumeInfo v = VolumeInfo::ForPath(point + "/sub");
+  v = VolumeInfo::ForPath(point + "/sub");
   ASSERT_TRUE(v.ok()) << v.status().message();
-  EXPECT_EQ(v.mountPoint(), point);
-  EXPECT_EQ(v.fsType(), "ext4");
+  EXPECT_EQ(v.mountPoint() + "|" + v.fsType() + "|" + v.label() + "|" + v.uuid(),
+            point + "|ext4|Gorvan Vol|0a1b2c3d-4e5f-4071-8293-a4b5c6d7e8f9");
   EXPECT_EQ(v.device().rfind("/dev/loop", 0), 0u) << v.device();
-  EXPECT_EQ(v.label(), "Gorvan Vol");
-  EXPECT_EQ(v.uuid(), "0a1b2c3d-4e5f-4071-8293-a4b5c6d7e8f9");
   EXPECT_EQ(v.serial(), 0x0A1B2C3Du);
   EXPECT_EQ(v.driveType(), kMediaFixed);
   EXPECT_GT(v.totalBytes(), 4u * 1024 * 1024);
-  EXPECT_LE(v.totalBytes(), 8u * 1024 * 1024);
-  EXPECT_GT(v.freeBytes(), 0u);
   EXPECT_LE(v.freeBytes(), v.totalBytes());
-  // Without a label the volume says so. Relabel through the loop device, whose cache is what the probe reads.
+  // Without a label the volume says so. Relabel through the loop device,
+  // whose cache is what the probe reads.
   ASSERT_TRUE(Shell("e2label '" + v.device() + "' ''"));
-  VolumeInfo unlabeled = VolumeInfo::ForPath(point);
-  ASSERT_TRUE(unlabeled.ok());
-  EXPECT_EQ(unlabeled.label(), "(no label)");
-}
-
-TEST(VolumeInfoTest, TmpfsIsARamDisk) {
-  if (::geteuid() != 0) GTEST_SKIP() << "needs root to mount a tmpfs";
-  TempDir dir;
-  const std::string point = dir.File("ram");
-  ASSERT_EQ(::mkdir(point.c_str(), 0755), 0);
-  if (::mount("gorvan-test", point.c_str(), "tmpfs", 0, "size=1m") != 0) {
-    GTEST_SKIP() << "mounting a tmpfs is not permitted here";
-  }
-  MountGuard guard(point);
-  VolumeInfo v = VolumeInfo::ForPath(point);
-  ASSERT_TRUE(v.ok()) << v.status().message();
-  EXPECT_EQ(v.mountPoint(), point);
-  EXPECT_EQ(v.fsType(), "tmpfs");
-  EXPECT_EQ(v.device(), "gorvan-test");
-  EXPECT_EQ(v.driveType(), kMediaRam);
-  EXPECT_EQ(v.label(), "(no label)");
-  EXPECT_EQ(v.serial(), 0u);
-  EXPECT_EQ(v.totalBytes(), 1024u * 1024);
+  EXPECT_EQ(VolumeInfo::ForPath(point).label(), "(no label)");
 }
 
 }  // namespace

