@@ -122,14 +122,15 @@ void ScanEngine::Progress(std::string_view name, bool now) {
 
 bool ScanEngine::BeginDisc() {
   if (settings_.previousDiscId > 0) {
-    notes_ = std::make_unique<RescanNotes>(data_.file());
-    if (!notes_->Start(settings_.previousDiscId)) {
-      if (!Failed()) {
-        status_ = Status::InvalidArgument("There is no disc " +
-                                          std::to_string(settings_.previousDiscId));
-      }
+    // The id comes from the caller: one that is no disc of the catalog is
+    // refused without touching the catalog's error state.
+    classCd known = data_.CdCursor();
+    if (Status s = data_.FindCd(settings_.previousDiscId, &known); !s.ok()) {
+      status_ = s.IsNotFound() ? Status::InvalidArgument(s.message()) : s;
       return false;
     }
+    notes_ = std::make_unique<RescanNotes>(data_.file());
+    if (!notes_->Start(settings_.previousDiscId)) return !Failed();
   }
   cd_ = std::make_unique<classCd>(data_.file());
   if (!data_.GetCdAppend(*cd_) || Failed()) {

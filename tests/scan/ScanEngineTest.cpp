@@ -213,6 +213,11 @@ TEST_F(ScanEngineTest, RescanCarriesNotesOverAndReplacesTheDisc) {
   EXPECT_EQ(cat.data->GetCdCount(), 1);
   EXPECT_EQ(cat.data->GetTableHeader().firstCd, second);
   EXPECT_EQ(Disc(second).GetCdNumOfFiles(), 4);
+  // A previous id that is no disc is refused and leaves the catalog clean.
+  o.s.previousDiscId = second + 4;
+  EXPECT_EQ(Run(), 0);
+  EXPECT_TRUE(engine->status().IsInvalidArgument()) << engine->status().message();
+  EXPECT_TRUE(cat.data->ok());
 }
 
 TEST_F(ScanEngineTest, NotesSearchGoesForwardOnly) {
