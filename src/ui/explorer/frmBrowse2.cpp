@@ -1,0 +1,10 @@
+#include "ui/explorer/frmBrowse2.h"
+
+namespace gorvan::ui {
+
+frmBrowse2::frmBrowse2(frmMenu& menu) {
+  setObjectName(QStringLiteral("frmBrowse2"));
+  (void)menu;
+}
+
+}  // namespace gorvan::ui
