@@ -5,7 +5,9 @@
 #   make cli     deps + build + run gorvan-cli with ARGS
 #   make test    deps + build + every test through ctest
 #   make bench   build and run the benchmarks (release build in build-bench/)
+#   WERROR=1     with any target: warnings are errors (as CI builds)
 #   make fuzz    build the libFuzzer targets with clang and run each for FUZZ_SECONDS
+#   make package deps + build + a Debian package (build/gorvan_<version>_<arch>.deb)
 
 BUILD_DIR     ?= build
 BUILD_TYPE    ?= RelWithDebInfo
@@ -24,7 +26,7 @@ PACKAGES := cmake ninja-build pkg-config g++ clang libclang-rt-14-dev \
 
 SUDO := $(shell [ "$$(id -u)" = 0 ] || echo sudo)
 
-.PHONY: all deps configure build run cli test bench fuzz sanitize clean
+.PHONY: all deps configure build run cli test bench bench-build fuzz sanitize package clean
 
 all: build
 
@@ -40,11 +42,19 @@ deps:
 
 # ccache when the machine has it (developer machines); CI builds without.
 LAUNCHER := $(if $(shell command -v ccache),-DCMAKE_C_COMPILER_LAUNCHER=ccache -DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
+# WERROR=1 turns warnings into errors (CI).
+OPTIONS  := -DGORVAN_WERROR=$(if $(WERROR),ON,OFF) $(LAUNCHER)
 
-$(BUILD_DIR)/build.ninja:
-	cmake -S . -B $(BUILD_DIR) -G Ninja -DCMAKE_BUILD_TYPE=$(BUILD_TYPE) $(LAUNCHER)
+# The build folder is configured again whenever the build type or the options
+# change: the stamp's name holds them.
+STAMP := $(BUILD_DIR)/.configured-$(BUILD_TYPE)$(if $(WERROR),-werror)
 
-configure: $(BUILD_DIR)/build.ninja
+$(STAMP):
+	@rm -f $(BUILD_DIR)/.configured-*
+	cmake -S . -B $(BUILD_DIR) -G Ninja -DCMAKE_BUILD_TYPE=$(BUILD_TYPE) $(OPTIONS)
+	@touch $@
+
+configure: $(STAMP)
 
 build: configure
 	cmake --build $(BUILD_DIR) -j $(JOBS)
@@ -58,20 +68,27 @@ cli: deps build
 test: deps build
 	cd $(BUILD_DIR) && ctest --output-on-failure -j $(JOBS)
 
+package: deps build
+	cmake --build $(BUILD_DIR) --target package
+
 sanitize: deps
-	cmake -S . -B build-asan -G Ninja -DCMAKE_BUILD_TYPE=Debug -DGORVAN_SANITIZE=ON
+	cmake -S . -B build-asan -G Ninja -DCMAKE_BUILD_TYPE=Debug -DGORVAN_SANITIZE=ON $(OPTIONS)
 	cmake --build build-asan -j $(JOBS)
 	cd build-asan && ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1 \
+	  LSAN_OPTIONS=suppressions=$(CURDIR)/tests/lsan.supp \
 	  ctest --output-on-failure -j $(JOBS)
 
-bench: deps
-	cmake -S . -B build-bench -G Ninja -DCMAKE_BUILD_TYPE=Release -DGORVAN_TESTS=OFF -DGORVAN_BENCH=ON
+bench-build: deps
+	cmake -S . -B build-bench -G Ninja -DCMAKE_BUILD_TYPE=Release -DGORVAN_TESTS=OFF -DGORVAN_BENCH=ON \
+	  $(OPTIONS)
 	cmake --build build-bench -j $(JOBS)
+
+bench: bench-build
 	@for b in build-bench/bench/bench_*; do echo "== $$b"; $$b || exit 1; done
 
 fuzz: deps
 	CC=clang CXX=clang++ cmake -S . -B build-fuzz -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo \
-	  -DGORVAN_TESTS=OFF -DGORVAN_FUZZ=ON
+	  -DGORVAN_TESTS=OFF -DGORVAN_FUZZ=ON $(OPTIONS)
 	cmake --build build-fuzz -j $(JOBS)
 	@for f in build-fuzz/fuzz/fuzz_*; do \
 	  echo "== $$f for $(FUZZ_SECONDS) s"; \

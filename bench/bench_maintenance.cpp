@@ -141,7 +141,8 @@ int main(int argc, char** argv) {
     if (!data.OpenFiles(catalog, false, false)) return 1;
     gorvan::ExportOptions o;
     o.type = gorvan::ExportType::kXml;
-    return gorvan::basExport(data, xml, o).status.ok() ? 0 : 1;
+    gorvan::JobControl job;
+    return gorvan::basExport(data, xml, o, job).status.ok() ? 0 : 1;
   });
   const long xmlSize = FileSize(xml);
   Shell("cat '" + xml + "' > /dev/null");

@@ -15,6 +15,7 @@
 #include <cstdlib>
 #include <string>
 
+#include "RealNames.h"
 #include "catalog/classData.h"
 #include "scan/ScanEngine.h"
 
@@ -26,7 +27,8 @@ double Seconds(Clock::time_point since) {
   return std::chrono::duration<double>(Clock::now() - since).count();
 }
 
-// FOLDERS folders in two levels, FILES empty files spread over them.
+// FOLDERS folders in two levels, FILES files with real-looking names spread
+// over them (every seventh holds ten bytes, the rest are empty).
 void Generate(const std::string& root, long files, long folders) {
   ::mkdir(root.c_str(), 0755);
   const long perTop = 50;
@@ -38,7 +40,7 @@ void Generate(const std::string& root, long files, long folders) {
     const int fd = ::open(dir.c_str(), O_RDONLY | O_DIRECTORY);
     const long n = files / folders + (d < files % folders ? 1 : 0);
     for (long i = 0; i < n; ++i) {
-      const std::string name = "file-" + std::to_string(i) + (i % 3 == 0 ? ".mp3" : ".txt");
+      const std::string name = bench::RealName(static_cast<uint64_t>(d) * 1000003u + i);
       const int f = ::openat(fd, name.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
       if (f >= 0) {
         if (i % 7 == 0) (void)!::write(f, "0123456789", 10);

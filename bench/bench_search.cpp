@@ -23,6 +23,7 @@
 #include <string>
 #include <vector>
 
+#include "RealNames.h"
 #include "catalog/classData.h"
 #include "search/CatalogSearch.h"
 
@@ -109,8 +110,6 @@ int main(int argc, char** argv) {
   const std::string dir = mkdtemp(tmpl);
   const std::string catalog = dir + "/bench.cd";
   const std::string names = dir + "/names.txt";
-  static const char* const kStems[] = {"IMG_", "Track ", "report-final-", "setup_", "notes "};
-  static const char* const kExts[] = {".jpg", ".mp3", ".pdf", ".exe", ".txt"};
 
   std::string cli = argv[0];
   cli = cli.substr(0, cli.rfind('/') + 1) + "../src/cli/gorvan-cli";
@@ -137,9 +136,7 @@ int main(int argc, char** argv) {
       dirRec.GetFileAppendStart();
       for (int f = 0; f < filesPerFolder; ++f) {
         gorvan::ClassFile& file = dirRec.GetFileAppend();
-        name.assign(kStems[f % 5])
-            .append(std::to_string(d * filesPerFolder + f))
-            .append(kExts[f % 5]);
+        name = bench::RealName(static_cast<uint64_t>(d) * filesPerFolder + f);
         file.SetFileName(name);
         list << name << '\n';
         file.setFileSize(1000.0 * f);
@@ -159,8 +156,9 @@ int main(int argc, char** argv) {
   const Case cases[] = {
       {"plain anywhere", "final", "-F", "final"},
       {"word*", "report*", "-E", "\\breport"},
-      {"*part*", "*inal-1*", "-E", "inal-1"},
-      {"a and b", "report and pdf", "-E", "\\breport\\b.*\\bpdf\\b|\\bpdf\\b.*\\breport\\b"},
+      {"*part*", "*oliday 20*", "-E", "oliday 20"},
+      {"a and b", "report and 2021", "-E",
+       "\\breport\\b.*\\b2021\\b|\\b2021\\b.*\\breport\\b"},
   };
   const char* locale = std::getenv("LC_ALL");
   if (!locale || !*locale) locale = std::getenv("LANG");

@@ -10,6 +10,15 @@ target_compile_definitions(gorvan_common INTERFACE
   GORVAN_VERSION_REVISION=${PROJECT_VERSION_PATCH})
 target_include_directories(gorvan_common INTERFACE ${PROJECT_SOURCE_DIR}/src)
 
+if(GORVAN_WERROR)
+  target_compile_options(gorvan_common INTERFACE -Werror)
+endif()
+# GCC 12 at -O3 reports a false -Wrestrict overlap inside libstdc++'s
+# char_traits.h for ordinary std::string concatenation (GCC bug 105329, fixed
+# in GCC 13). Only that compiler's optimised builds leave the check out.
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
+  target_compile_options(gorvan_common INTERFACE $<$<CONFIG:Release>:-Wno-restrict>)
+endif()
 if(GORVAN_SANITIZE)
   target_compile_options(gorvan_common INTERFACE
     -fsanitize=address,undefined -fno-omit-frame-pointer -fno-sanitize-recover=undefined)

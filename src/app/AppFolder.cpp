@@ -20,11 +20,12 @@ std::string ExecutableFolder() {
 }  // namespace
 
 std::string AppFolder::Path() {
+  std::error_code ec;
   std::string folder;
   if (const char* home = std::getenv("GORVAN_HOME"); home && *home) {
     folder = home;
   } else if (const std::string exe = ExecutableFolder();
-             !exe.empty() && fs::exists(fs::path(exe) / "Gorvan.ini")) {
+             !exe.empty() && fs::exists(fs::path(exe) / "Gorvan.ini", ec)) {
     folder = exe;
   } else if (const char* xdg = std::getenv("XDG_DATA_HOME"); xdg && *xdg) {
     folder = std::string(xdg) + "/Gorvan";
@@ -33,7 +34,6 @@ std::string AppFolder::Path() {
     folder = std::string(user && *user ? user : ".") + "/.local/share/Gorvan";
   }
   while (folder.size() > 1 && folder.back() == '/') folder.pop_back();
-  std::error_code ec;
   fs::create_directories(folder, ec);
   return folder;
 }

@@ -70,6 +70,17 @@ bool SettingsStore::ParseBool(const std::string& text) {
   return lower == "true";
 }
 
+std::vector<std::pair<std::string, std::string>> SettingsStore::List() {
+  QSettings s = Open();
+  std::vector<std::pair<std::string, std::string>> out;
+  for (const QString& key : s.allKeys()) {
+    const QVariant v = s.value(key);
+    out.emplace_back(key.toStdString(),
+                     v.canConvert<QString>() ? v.toString().toStdString() : std::string());
+  }
+  return out;
+}
+
 std::string SettingsStore::FilePath() { return Open().fileName().toStdString(); }
 
 }  // namespace gorvan

@@ -9,6 +9,8 @@
 // Thread contract: any thread; each call opens its own view of the store.
 
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace gorvan {
 
@@ -26,6 +28,9 @@ class SettingsStore {
   // "True"/"False", and the reading rule for them.
   static const char* BoolText(bool value) { return value ? "True" : "False"; }
   static bool ParseBool(const std::string& text);
+
+  // Every stored value as ("section/key", value), in the store's order.
+  static std::vector<std::pair<std::string, std::string>> List();
 
   // The store's file.
   static std::string FilePath();

@@ -3,6 +3,8 @@
 #include <mutex>
 #include <set>
 
+#include "catalog/Attributes.h"
+
 namespace gorvan {
 namespace {
 
@@ -13,7 +15,7 @@ struct MediaKey {
 
 constexpr MediaKey kMediaKeys[] = {
     {0, "unknown"}, {2, "removable"}, {3, "fixed"},  {4, "remote"},
-    {5, "cdrom"},   {6, "ramdisk"},   {105, "audiocd"},
+    {5, "cdrom"},   {6, "ramdisk"},   {kMediaAudioCd, "audiocd"},
 };
 
 std::mutex& RegistryMutex() {

@@ -1,13 +1,8 @@
 #include "catalog/PasswordCheck.h"
 
-namespace gorvan {
+#include "catalog/TextUtil.h"
 
-std::string_view PasswordCheck::Trim(std::string_view text) {
-  const size_t b = text.find_first_not_of(' ');
-  if (b == std::string_view::npos) return {};
-  const size_t e = text.find_last_not_of(' ');
-  return text.substr(b, e - b + 1);
-}
+namespace gorvan {
 
 bool PasswordCheck::isValidPassword(std::string_view text) {
   for (char c : text) {

@@ -24,7 +24,6 @@ class PasswordCheck {
                                std::string_view new2, std::string_view current,
                                std::string* newPassword);
 
-  static std::string_view Trim(std::string_view text);
 };
 
 }  // namespace gorvan

@@ -21,7 +21,6 @@ struct HeaderRecord {
   static constexpr size_t kSize = 118;
   static constexpr int16_t kVersionMajor = 2;
   static constexpr int16_t kVersionMinor = 1;
-  static constexpr size_t kReservedOffset = 50;
 
   std::array<uint8_t, 4> signature{};
   int16_t versionMajor = 0;

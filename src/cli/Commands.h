@@ -16,5 +16,6 @@ void AddScanCommands(CLI::App& app, CliContext& ctx, int* result);     // scan i
 void AddExportCommands(CLI::App& app, CliContext& ctx, int* result);   // export
 void AddMaintenanceCommands(CLI::App& app, CliContext& ctx, int* result);  // compact backup saveas merge
 void AddSearchCommands(CLI::App& app, CliContext& ctx, int* result);   // search translate
+void AddAppCommands(CLI::App& app, CliContext& ctx, int* result);  // settings integrate version-check send-error
 
 }  // namespace gorvan::cli

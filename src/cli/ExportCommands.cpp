@@ -4,6 +4,7 @@
 #include <iostream>
 #include <memory>
 
+#include "app/Resources.h"
 #include "cli/CliContext.h"
 #include "cli/Commands.h"
 #include "cli/TerminalJob.h"
@@ -37,7 +38,7 @@ int Export(CliContext& ctx, const ExportArgs& a) {
   const std::string format = !a.format.empty() ? a.format : EndsWith(a.file, ".csv") ? "csv" : "xml";
   options.type = format == "csv" ? ExportType::kDelimited : ExportType::kXml;
   options.discIds = a.discs;
-  if (options.type == ExportType::kXml) options.stylesheet = FindStylesheet();
+  if (options.type == ExportType::kXml) options.stylesheet = Resources::File(kStylesheetName);
 
   ExportResult r;
   {

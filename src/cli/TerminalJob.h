@@ -3,12 +3,11 @@
 // SIGTERM asks the job's stop, and a progress line on stderr, drawn by the
 // caller's format, shows how far it got (only when stderr is a terminal and
 // --quiet is not given). The signals are taken by a thread of the object's own
-// with sigtimedwait, so the stop is asked from an ordinary thread, never from
+// (signalfd), so the stop is asked from an ordinary thread, never from
 // a signal handler.
 
 #include <signal.h>
 
-#include <atomic>
 #include <functional>
 #include <stop_token>
 #include <string>
@@ -47,7 +46,9 @@ class TerminalJob {
   JobControl job_;
   sigset_t signals_{};
   sigset_t oldMask_{};
-  std::atomic<bool> done_{false};
+  struct sigaction oldInt_{}, oldTerm_{};
+  int signalFd_ = -1;  // the two signals, read by the watcher
+  int wakeFd_ = -1;    // tells the watcher to end
   std::thread watcher_;
 };
 

@@ -27,6 +27,7 @@ int main(int argc, char** argv) {
   AddExportCommands(app, ctx, &result);
   AddMaintenanceCommands(app, ctx, &result);
   AddSearchCommands(app, ctx, &result);
+  AddAppCommands(app, ctx, &result);
 
   try {
     app.parse(argc, argv);

@@ -7,6 +7,8 @@
 #include <cstdio>
 #include <cstring>
 
+#include "catalog/PosixIO.h"
+
 namespace gorvan {
 
 namespace {
@@ -70,17 +72,9 @@ bool OutputWriter::WriteLine(std::string_view text) {
 }
 
 bool OutputWriter::WriteAll(const char* data, size_t n) {
-  while (n > 0) {
-    const ssize_t done = ::write(fd_, data, n);
-    if (done < 0) {
-      if (errno == EINTR) continue;
-      error_ = SystemError("Cannot write", ownsFd_ ? partPath_ : std::string("the output"));
-      return false;
-    }
-    data += done;
-    n -= static_cast<size_t>(done);
-  }
-  return true;
+  if (WriteFully(fd_, data, n, -1).ok()) return true;
+  error_ = SystemError("Cannot write", ownsFd_ ? partPath_ : std::string("the output"));
+  return false;
 }
 
 bool OutputWriter::Flush() {

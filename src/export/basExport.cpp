@@ -277,25 +277,4 @@ ExportResult basExport(classData& data, const std::string& path, const ExportOpt
   return result;
 }
 
-std::string FindStylesheet() {
-  std::vector<std::string> candidates;
-  char exe[4096];
-  const ssize_t n = ::readlink("/proc/self/exe", exe, sizeof exe - 1);
-  if (n > 0) {
-    const std::string bin = FolderOf(std::string(exe, static_cast<size_t>(n)));
-    candidates.push_back(bin + "/../share/gorvan/" + kStylesheetName);
-    candidates.push_back(bin + "/" + kStylesheetName);
-  }
-  if (*GORVAN_INSTALL_SHARE_DIR) {
-    candidates.push_back(std::string(GORVAN_INSTALL_SHARE_DIR) + "/" + kStylesheetName);
-  }
-  if (*GORVAN_SOURCE_SHARE_DIR) {
-    candidates.push_back(std::string(GORVAN_SOURCE_SHARE_DIR) + "/" + kStylesheetName);
-  }
-  for (const std::string& c : candidates) {
-    if (Exists(c)) return c;
-  }
-  return {};
-}
-
 }  // namespace gorvan

@@ -71,9 +71,4 @@ ExportResult basExport(classData& data, const std::string& path, const ExportOpt
 // "&#xNN;". Appends to *out.
 void AppendXmlEscaped(std::string_view text, bool ansi, std::string* out);
 
-// The stylesheet installed with the program: beside the executable's
-// "../share/gorvan", the install prefix, or the source tree's "share".
-// Empty when none is found.
-std::string FindStylesheet();
-
 }  // namespace gorvan

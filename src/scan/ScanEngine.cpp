@@ -193,7 +193,7 @@ void ScanEngine::EndDisc(bool audio, const std::string& basePath, const std::str
 
 std::string ScanEngine::DiscIconKey(const std::string& root, int32_t* mediaType) const {
   *mediaType = volume_.driveType;
-  if (volume_.driveType == VolumeInfo::kDriveOptical) {
+  if (volume_.driveType == kMediaOptical) {
     if (EqualsIgnoreCase(settings_.volumeLabel, "audio cd")) {
       *mediaType += 100;
       return kAudioIconKey;

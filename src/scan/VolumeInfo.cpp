@@ -247,18 +247,18 @@ int VolumeInfo::DriveTypeFor(std::string_view fsType, std::string_view diskName,
                              bool removable) {
   if (diskName.size() > 2 && diskName.substr(0, 2) == "sr" &&
       diskName.find_first_not_of("0123456789", 2) == std::string_view::npos) {
-    return kDriveOptical;
+    return kMediaOptical;
   }
-  if (removable) return kDriveRemovable;
+  if (removable) return kMediaRemovable;
   static constexpr std::string_view kRemote[] = {
       "nfs",  "nfs4", "cifs",      "smb3",           "fuse.sshfs", "9p",
       "afs",  "ceph", "glusterfs", "fuse.glusterfs", "davfs",      "fuse.davfs",
       "fuse.ceph"};
   for (std::string_view remote : kRemote) {
-    if (fsType == remote) return kDriveRemote;
+    if (fsType == remote) return kMediaRemote;
   }
-  if (fsType == "tmpfs" || fsType == "ramfs") return kDriveRam;
-  return kDriveFixed;
+  if (fsType == "tmpfs" || fsType == "ramfs") return kMediaRam;
+  return kMediaFixed;
 }
 
 VolumeInfo VolumeInfo::ForPath(const std::string& path) {

@@ -10,20 +10,17 @@
 #include <string_view>
 #include <vector>
 
+#include "catalog/Attributes.h"
 #include "catalog/Status.h"
 
 namespace gorvan {
 
 class VolumeInfo {
  public:
-  // Drive type codes as the catalog stores them.
-  static constexpr int kDriveUnknown = 0;
-  static constexpr int kDriveNoRoot = 1;  // the path does not exist or cannot be read
-  static constexpr int kDriveRemovable = 2;
-  static constexpr int kDriveFixed = 3;
-  static constexpr int kDriveRemote = 4;
-  static constexpr int kDriveOptical = 5;
-  static constexpr int kDriveRam = 6;
+  // Drive types are the catalog's media type codes (catalog/Attributes.h:
+  // kMediaRemovable .. kMediaRam), and this one for a path that does not
+  // exist or cannot be read.
+  static constexpr int kDriveNoRoot = 1;
 
   static constexpr std::string_view kNoLabel = "(no label)";
   static constexpr std::string_view kNotReady = "..Disk Not Ready..";

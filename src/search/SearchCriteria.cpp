@@ -40,8 +40,19 @@ void SearchCriteria::PrepareSearch(std::string_view text, bool caseSensitive, bo
   compareMode_ = caseSensitive ? CompareMode::kBinary : CompareMode::kText;
 
   // Everything a field test needs is compiled now, once per search.
+  required_.clear();
   if (useRegExp_) {
     regExp_.SetPattern(pattern_, !caseSensitive_);
+    // The texts a match must hold, tested before the expression runs. Under
+    // case folding only texts for which ASCII folding gives the engine's own
+    // answer qualify (ASCII, without k and s, whose case partners lie
+    // outside ASCII).
+    for (std::string& literal : basRegExp::RequiredLiterals(text)) {
+      if (caseSensitive_ ||
+          (Regex::IsAscii(literal) && literal.find_first_of("kKsS") == std::string::npos)) {
+        required_.push_back(std::move(literal));
+      }
+    }
   }
   CompilePlain();
 }
@@ -96,6 +107,11 @@ SearchCriteria::Field SearchCriteria::FirstMatchingField(std::string_view name,
 
 bool SearchCriteria::FieldMatches(std::string_view field, bool isExtra) {
   if (useRegExp_) {
+    for (const std::string& literal : required_) {
+      const bool held = caseSensitive_ ? field.find(literal) != std::string_view::npos
+                                       : Regex::ContainsAsciiNoCase(field, literal);
+      if (!held) return false;
+    }
     return regExp_.RegExpTest(field);
   }
   switch (matchMode_) {

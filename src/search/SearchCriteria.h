@@ -30,6 +30,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "search/Regex.h"
 #include "search/basRegExp.h"
@@ -130,6 +131,9 @@ class SearchCriteria {
   // An ASCII text against an ASCII field is compared without the engine: the
   // Unicode folding of ASCII letters is the ASCII one, and no other ASCII
   // character folds at all.
+  // The texts every match holds (basRegExp::RequiredLiterals), tested before
+  // the expression.
+  std::vector<std::string> required_;
   bool patternAscii_ = false;
   bool asciiFoldExact_ = false;  // ASCII folding is exact for this text
 };

@@ -2,6 +2,7 @@
 
 #include <vector>
 
+#include "catalog/TextUtil.h"
 #include "search/Regex.h"
 
 namespace gorvan {
@@ -11,18 +12,6 @@ namespace {
 constexpr std::string_view kAnyRun = "([\\s\\S]*)";
 constexpr std::string_view kAnyOne = "([\\s\\S]{1})";
 constexpr std::string_view kWordEdge = "\\b";
-
-// Removes leading and trailing spaces; tabs and other blanks stay.
-std::string_view Trim(std::string_view s) {
-  std::size_t first = s.find_first_not_of(' ');
-  if (first == std::string_view::npos) {
-    return {};
-  }
-  std::size_t last = s.find_last_not_of(' ');
-  return s.substr(first, last - first + 1);
-}
-
-char AsciiLower(char c) { return (c >= 'A' && c <= 'Z') ? static_cast<char>(c + ('a' - 'A')) : c; }
 
 // Position of `word` (lower-case ASCII) in `s` at or after `from`, letters
 // compared without case; npos when absent.
@@ -80,6 +69,35 @@ bool basRegExp::IsPatternSearch(std::string_view text) {
   return FindNoCase(text, " or ") != std::string_view::npos ||
          FindNoCase(text, " and ") != std::string_view::npos ||
          text.find_first_of("?*()") != std::string_view::npos;
+}
+
+std::vector<std::string> basRegExp::RequiredLiterals(std::string_view text) {
+  std::vector<std::string> literals;
+  const std::string_view trimmed = Trim(text);
+  // Raw expressions, groups and alternatives promise no one text.
+  if (trimmed.substr(0, 2) == "@@" || text.find_first_of("()") != std::string_view::npos ||
+      FindNoCase(text, " or ") != std::string_view::npos) {
+    return literals;
+  }
+  std::string collapsed;
+  for (char c : text) {
+    if (c != ' ' || collapsed.empty() || collapsed.back() != ' ') collapsed += c;
+  }
+  for (std::string_view term : SplitNoCase(collapsed, " and ")) {
+    term = Trim(term);
+    // Between the wildcards each piece reaches the expression as it stands;
+    // a piece holding an expression metacharacter may match other text.
+    size_t start = 0;
+    while (start <= term.size()) {
+      const size_t end = std::min(term.find_first_of("*?", start), term.size());
+      const std::string_view piece = term.substr(start, end - start);
+      if (!piece.empty() && piece.find_first_of("\\.^$|[]{}+") == std::string_view::npos) {
+        literals.emplace_back(piece);
+      }
+      start = end + 1;
+    }
+  }
+  return literals;
 }
 
 std::string basRegExp::TranslatePattern(std::string_view text) {

@@ -25,6 +25,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace gorvan {
 
@@ -61,6 +62,14 @@ class basRegExp {
   // Clears both flags first. Returns "" (matches every text) when the
   // translation error flag ends up set, kNeverMatches on overflow.
   std::string TranslatePattern(std::string_view text);
+
+  // Texts that every field the pattern text matches must hold (case aside,
+  // unless the search is case-sensitive): the pieces between the wildcards
+  // of each term joined by " and ". Empty when the text promises none — an
+  // "@@" expression, groups, " or ", or pieces holding expression
+  // metacharacters. A search tests these first and runs the expression only
+  // on the fields that hold them all.
+  static std::vector<std::string> RequiredLiterals(std::string_view text);
 
   // Translates each top-level group "(...)" with TranslateOrAnd and copies the
   // text between groups as it is. The search for a group's closing bracket

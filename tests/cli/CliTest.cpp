@@ -91,5 +91,32 @@ TEST_F(CliTest, DamagedCatalogsGiveTheDataFileError) {
       << "the error is logged";
 }
 
+TEST_F(CliTest, AWrongIdIsNotFoundAndLeavesTheCatalogWorking) {
+  TempDir tree;
+  WriteFileBytes(tree.File("a.txt"), "a");
+  ASSERT_EQ(Cli("create '" + dir_.File("c.cd") + "'").code, 0);
+  const CliResult scan = Cli("scan '" + tree.path() + "' --quiet");
+  ASSERT_EQ(scan.code, 0);
+  const std::string disc = scan.out.substr(0, scan.out.find('\n'));
+  // An id inside the disc's block: a record of no kind at all.
+  const std::string bad = std::to_string(std::stoi(disc) + 4);
+  const std::string commands[] = {
+      "ls " + bad,           "ls " + disc + " " + bad,
+      "disc rm " + bad,      "disc rename " + bad + " x",  "disc notes " + bad + " x",
+      "disc move " + bad + " 0", "folder notes " + bad + " x", "file notes " + bad + " x",
+      "category rm " + bad,  "category rename " + bad + " x", "category move " + bad + " 0",
+      "scan '" + tree.path() + "' --rescan " + bad, "export '" + dir_.File("x.xml") + "' --disc " + bad,
+      "search a --category " + bad};
+  for (const std::string& command : commands) {
+    const CliResult r = Cli(command);
+    EXPECT_EQ(r.code, 1) << command;
+    EXPECT_NE(Err().find("There is no"), std::string::npos) << command << ": " << Err();
+    EXPECT_EQ(Err().find("1001"), std::string::npos) << command;
+  }
+  EXPECT_EQ(Cli("check").code, 0);
+  EXPECT_EQ(Cli("ls " + disc).code, 0);
+  EXPECT_EQ(Cli("disc notes " + disc + " fine").code, 0);
+}
+
 }  // namespace
 }  // namespace gorvan::test

@@ -7,6 +7,7 @@
 #include <atomic>
 #include <cstdlib>
 
+#include "app/Resources.h"
 #include "catalog/CatalogFixture.h"
 #include "export/basExport.h"
 
@@ -225,8 +226,8 @@ TEST_F(CatalogExportTest, DiscsFollowTheListUnknownIdsAreRefusedAndCancelLeavesN
 
 TEST_F(CatalogExportTest, TheStylesheetIsReplacedBesideTheXml) {
   Fill("First", "f.txt");
-  const std::string installed = options_.stylesheet = FindStylesheet();
-  ASSERT_FALSE(installed.empty()) << "share/Gorvan.xsl is found from the build tree";
+  const std::string installed = options_.stylesheet = Resources::File(kStylesheetName);
+  ASSERT_FALSE(installed.empty()) << "Gorvan.xsl is found in the build tree's share/gorvan";
   ASSERT_TRUE(WriteFileBytes(dir_.File("Gorvan.xsl"), "stale"));
   const ExportResult r = Export(ExportType::kXml, "out.xml");
   ASSERT_TRUE(r.status.ok());

@@ -76,22 +76,22 @@ TEST(VolumeSerialTest, SerialsAndDriveTypes) {
     EXPECT_EQ(VolumeInfo::SerialFromUuid(fs, uuid), serial) << fs << " " << uuid;
   }
   const std::tuple<const char*, const char*, bool, int> types[] = {
-      {"iso9660", "sr0", false, VolumeInfo::kDriveOptical},
-      {"udf", "sr12", true, VolumeInfo::kDriveOptical},
-      {"ext4", "srx", false, VolumeInfo::kDriveFixed},
-      {"vfat", "sdb", true, VolumeInfo::kDriveRemovable},
-      {"ext4", "sda", false, VolumeInfo::kDriveFixed},
-      {"tmpfs", "", false, VolumeInfo::kDriveRam},
-      {"ramfs", "", false, VolumeInfo::kDriveRam},
-      {"overlay", "", false, VolumeInfo::kDriveFixed},
-      {"fuse", "", false, VolumeInfo::kDriveFixed},
+      {"iso9660", "sr0", false, kMediaOptical},
+      {"udf", "sr12", true, kMediaOptical},
+      {"ext4", "srx", false, kMediaFixed},
+      {"vfat", "sdb", true, kMediaRemovable},
+      {"ext4", "sda", false, kMediaFixed},
+      {"tmpfs", "", false, kMediaRam},
+      {"ramfs", "", false, kMediaRam},
+      {"overlay", "", false, kMediaFixed},
+      {"fuse", "", false, kMediaFixed},
   };
   for (const auto& [fs, dev, removable, type] : types) {
     EXPECT_EQ(VolumeInfo::DriveTypeFor(fs, dev, removable), type) << fs << " " << dev;
   }
   for (const char* remote : {"nfs", "nfs4", "cifs", "smb3", "fuse.sshfs", "9p", "afs", "ceph",
                              "glusterfs", "davfs"}) {
-    EXPECT_EQ(VolumeInfo::DriveTypeFor(remote, "", false), VolumeInfo::kDriveRemote) << remote;
+    EXPECT_EQ(VolumeInfo::DriveTypeFor(remote, "", false), kMediaRemote) << remote;
   }
 }
 
@@ -155,7 +155,7 @@ TEST(VolumeInfoTest, LoopMountedExt4WithLabel) {
   EXPECT_EQ(v.label(), "Gorvan Vol");
   EXPECT_EQ(v.uuid(), "0a1b2c3d-4e5f-4071-8293-a4b5c6d7e8f9");
   EXPECT_EQ(v.serial(), 0x0A1B2C3Du);
-  EXPECT_EQ(v.driveType(), VolumeInfo::kDriveFixed);
+  EXPECT_EQ(v.driveType(), kMediaFixed);
   EXPECT_GT(v.totalBytes(), 4u * 1024 * 1024);
   EXPECT_LE(v.totalBytes(), 8u * 1024 * 1024);
   EXPECT_GT(v.freeBytes(), 0u);
@@ -181,7 +181,7 @@ TEST(VolumeInfoTest, TmpfsIsARamDisk) {
   EXPECT_EQ(v.mountPoint(), point);
   EXPECT_EQ(v.fsType(), "tmpfs");
   EXPECT_EQ(v.device(), "gorvan-test");
-  EXPECT_EQ(v.driveType(), VolumeInfo::kDriveRam);
+  EXPECT_EQ(v.driveType(), kMediaRam);
   EXPECT_EQ(v.label(), "(no label)");
   EXPECT_EQ(v.serial(), 0u);
   EXPECT_EQ(v.totalBytes(), 1024u * 1024);

@@ -120,6 +120,12 @@ TEST_F(SearchCriteriaTest, SearchTextsMatchNamesAsTheLanguageSays) {
       {"c??t", false, W, "c\xC3\xA9t", false},
       {"c?t", false, W, "c\xE9t", true},  // so is a raw Latin-1 byte
       {"c*t", false, W, "c\xFF\xFEt", true}, {"c?t", false, W, "\xC3", false},
+      // The texts every match must hold are tested first; they must never
+      // turn away a field the expression matches: k and s fold to letters
+      // outside ASCII (the Kelvin sign), and a "." piece is any character.
+      {"*k*", false, W, "\xE2\x84\xAA", true}, {"*STRASSE* and 1", false, W, "strasse 1", true},
+      {"x.y and z", false, W, "xay z", true}, {"x.y and z", false, W, "x.y", false},
+      {"REPORT and 2021", true, W, "2021 REPORT", true}, {"REPORT and 2021", true, W, "2021 report", false},
   };
   for (const Case& k : cases) {
     Prepare(k.text, k.caseSensitive, k.mode);

@@ -156,5 +156,23 @@ TEST(basRegExpTest, TenThousandCharacterSearchTexts) {
   EXPECT_EQ(Count(translated, R"re((\bt0\b))re"), 512u);
 }
 
+TEST(basRegExpTest, RequiredLiteralsAreThePiecesBetweenTheWildcardsOfEveryTerm) {
+  using V = std::vector<std::string>;
+  const std::pair<const char*, V> cases[] = {
+      {"report and 2021", {"report", "2021"}},
+      {"  report   AND  2021 ", {"report", "2021"}},
+      {"*inal-1*", {"inal-1"}},
+      {"a?c*d", {"a", "c", "d"}},
+      {"a.b and c", {"c"}},  // "." may stand for any character
+      {"x or y", {}},
+      {"(a and b)", {}},
+      {"@@^ab and c", {}},
+      {"**", {}},
+  };
+  for (const auto& [text, want] : cases) {
+    EXPECT_EQ(basRegExp::RequiredLiterals(text), want) << text;
+  }
+}
+
 }  // namespace
 }  // namespace gorvan
