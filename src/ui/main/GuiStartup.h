@@ -1,29 +1,16 @@
 #pragma once
-// GuiStartup: what the desktop program works out before its main window
-// shows — the catalog to open and a folder to scan, from the command line and
-// the history — and the check that a display is there at all.
-//
-// The command line: "--scan PATH", "--scan=PATH" or "/Scan PATH" (any case)
-// ask for the scan dialog; anything else, its words joined by blanks, names a
-// catalog file (taken in the current folder, else in the application folder).
-// The catalog is that file when it exists, else the newest catalog of the
-// history when it exists, else "Gorvan.cd" in the application folder (created
-// when missing).
+// GuiStartup: what the desktop program checks before Qt starts — that there is
+// a display to show a window on, and whether the user asked for the usage.
+// The start-up steps themselves (settings, the catalog to open, the scan
+// folder of "--scan PATH") are StartupSequence's.
 
-#include <QString>
 #include <string>
 #include <vector>
 
 namespace gorvan::ui {
 
-struct StartupChoice {
-  std::string catalogPath;
-  QString scanPath;
-};
-
 class GuiStartup {
  public:
-  static StartupChoice Choose(const std::vector<std::string>& args);
   // True when a window can be shown: a platform was named (QT_QPA_PLATFORM or
   // -platform) or DISPLAY or WAYLAND_DISPLAY is set.
   static bool HasDisplay(const std::vector<std::string>& args);

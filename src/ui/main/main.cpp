@@ -1,13 +1,16 @@
-// gorvan: the desktop program. Shows the splash at once, works out the
-// catalog to open, builds the main window with every feature's commands and
-// hands over to frmMenu::MenuStart.
+// gorvan: the desktop program. Shows the splash at once, runs the start-up
+// sequence (settings, the catalog to open) with the desktop's prompt, builds
+// the main window with every feature's commands and hands over to
+// frmMenu::MenuStart.
 #include <QApplication>
+#include <QFontDatabase>
 #include <cstdio>
 #include <string>
 #include <vector>
 
 #include "app/AppFolder.h"
-#include "app/ErrorLog.h"
+#include "app/ErrorRoutine.h"
+#include "app/StartupSequence.h"
 #include "ui/main/CommandHooks.h"
 #include "ui/main/GuiStartup.h"
 #include "ui/main/frmMenu.h"
@@ -15,25 +18,26 @@
 #include "ui/session/CatalogSession.h"
 #include "ui/widgets/QtPrompt.h"
 #include "ui/widgets/ThemeIcons.h"
+#include "ui/widgets/UiText.h"
 
 int main(int argc, char** argv) {
   using namespace gorvan;
   using namespace gorvan::ui;
-  const std::vector<std::string> args(argv + 1, argv + argc);
-  // Without a display Qt would abort with a message about platform plugins;
-  // say plainly what is wrong and where to go instead.
-  if (GuiStartup::WantsHelp(args)) {
+  const std::vector<std::string> given(argv + 1, argv + argc);
+  if (GuiStartup::WantsHelp(given)) {
     std::fputs(GuiStartup::Usage(), stdout);
     return 0;
   }
-  if (!GuiStartup::HasDisplay(args)) {
+  // Without a display Qt would end with a message about platform plugins:
+  // say plainly what is wrong and where to go instead.
+  if (!GuiStartup::HasDisplay(given)) {
     std::fputs(GuiStartup::NoDisplayMessage(), stderr);
     return 1;
   }
   QApplication app(argc, argv);
   QApplication::setOrganizationName(QStringLiteral("Gorvan"));
   QApplication::setApplicationName(QStringLiteral("Gorvan"));
-  QApplication::setApplicationVersion(QString::fromStdString(VersionNumber()));
+  QApplication::setApplicationVersion(Qs(VersionNumber()));
   ThemeIcons::Setup();
   QApplication::setWindowIcon(ThemeIcons::Disc("cdrom"));
 
@@ -41,16 +45,30 @@ int main(int argc, char** argv) {
   splash.show();
   QApplication::processEvents();
 
-  ErrorLog::InstallAsErrorSink();
-  const std::vector<std::string> qtArgs(argv + 1, argv + argc);  // Qt's own options removed
-  const StartupChoice choice = GuiStartup::Choose(qtArgs);
+  QtPrompt prompt;
+  ErrorRoutine::InstallOutOfMemoryHandler(&prompt);
+  StartupHooks startupHooks;
+  startupHooks.fontInstalled = [](const std::string& family) {
+    return QFontDatabase::families().contains(Qs(family), Qt::CaseInsensitive);
+  };
+  startupHooks.closeSplash = [&splash] { splash.close(); };
+  StartupSequence startup(prompt, startupHooks);
+  // QApplication took its own options out of argv.
+  const StartupResult start = startup.Run(std::vector<std::string>(argv + 1, argv + argc));
+  if (!start.interfaceFont.empty()) {
+    QFont font = QApplication::font();
+    font.setFamily(Qs(start.interfaceFont));
+    QApplication::setFont(font);
+  }
+  ErrorRoutine errors(prompt, startup.settings());
+  errors.InstallAsErrorSink();
 
   CommandHooks hooks;
   RegisterFeatures(hooks);
-  QtPrompt prompt;
   CatalogSession session(prompt);
   frmMenu window(session, hooks);
   prompt.SetParent(&window);
-  window.MenuStart(choice.catalogPath, choice.scanPath, &splash);
+  errors.SetReturnToMainWindow([&window] { window.activateWindow(); });
+  window.MenuStart(start.catalogPath, Qs(start.scanPath), &splash);
   return QApplication::exec();
 }

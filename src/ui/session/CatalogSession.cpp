@@ -1,7 +1,7 @@
 #include "ui/session/CatalogSession.h"
 
 #include "app/CatalogHistory.h"
-#include "app/ErrorLog.h"
+#include "catalog/ErrorReporter.h"
 #include "ui/session/ViewLoader.h"
 #include "ui/widgets/UiText.h"
 
@@ -30,8 +30,7 @@ bool CatalogSession::Open(const std::string& path, const OpenOptions& options) {
   OpenOutcome out = CatalogOpener::Open(path, prompt_, options);
   if (!out.data) {
     if (out.status.IsCorruption() || out.status.IsIOError()) {
-      ErrorLog::Default().Append("classData.OpenFiles", out.error ? out.error : 1001, out.message,
-                                 0);
+      ReportError("classData.OpenFiles", out.error ? out.error : 1001, out.message, 3);
     }
     prompt_.Message(std::string(kNothingToDisplay) + "\n" + out.message, PromptIcon::kWarning);
     return false;
@@ -138,7 +137,7 @@ void CatalogSession::JobEnded(const JobOutcome& outcome) {
 }
 
 void CatalogSession::ReportFailure(const Status& status, const char* routine) {
-  ErrorLog::Default().Append(routine, classData::kDataFileError, status.message(), 0);
+  ReportError(routine, classData::kDataFileError, status.message(), 3);
   if (failureShown_) return;
   failureShown_ = true;
   std::string text = kDataFileErrorMessage;

@@ -3,13 +3,13 @@
 #include <cctype>
 #include <charconv>
 
+#include "app/SettingsRecord.h"
 #include "app/SettingsStore.h"
 
 namespace gorvan::ui {
 namespace {
 
 constexpr const char* kStartup = "Startup";
-constexpr const char* kSwitches = "Switches";
 
 std::optional<int> Number(const char* key) {
   const std::string text = SettingsStore::GetText(kStartup, key);
@@ -61,8 +61,10 @@ void UiSettings::SetViewModeExplorer(bool explorer) {
 }
 
 bool UiSettings::Switch(const std::string& key) {
-  const bool off = key == "lNotifyNewVersion" || key == "lNotifyPackGarbage";
-  return SettingsStore::GetBool(kSwitches, key, !off);
+  // The default is the settings record's, for the keys it knows.
+  const SettingKey* known = SettingsRecord::Find(kSwitches, key);
+  const bool fallback = known ? SettingsStore::ParseBool(known->defaultText) : true;
+  return SettingsStore::GetBool(kSwitches, key, fallback);
 }
 
 void UiSettings::SetSwitch(const std::string& key, bool value) {

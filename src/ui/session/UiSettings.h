@@ -3,8 +3,7 @@
 // its placement ("Startup"/"WindowState", "Left", "Top", "Height", "Width"),
 // the view mode ("Startup"/"ViewModeExplorer") and the few "Switches" it
 // consults (the lNotify* prompt switches, "lDragDrop", the first-start
-// question about update notices). One place, so that moving to the
-// process-wide settings record is a change here only.
+// question about update notices), with the settings record's defaults.
 //
 // Thread contract: the GUI thread.
 
@@ -39,8 +38,9 @@ class UiSettings {
   static bool ViewModeExplorer();
   static void SetViewModeExplorer(bool explorer);
 
-  // A "Switches" bool with the product's default for that key (True for the
-  // prompt switches, False for "lNotifyNewVersion" and "lNotifyPackGarbage").
+  // A "Switches" bool, read afresh from the store (a prompt switched off a
+  // moment ago stays off), with the settings record's default for the key
+  // (True for the keys the record does not know).
   static bool Switch(const std::string& key);
   static void SetSwitch(const std::string& key, bool value);
 };
