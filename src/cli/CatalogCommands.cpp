@@ -8,6 +8,7 @@
 #include <iostream>
 
 #include "catalog/CatalogCheck.h"
+#include "catalog/DiscTree.h"
 #include "catalog/TextFormat.h"
 #include "cli/CliContext.h"
 #include "cli/Commands.h"
@@ -83,6 +84,25 @@ int ListFolders(CliContext& ctx, classData& data, int32_t discId) {
   return 0;
 }
 
+// One folder a line, depth first: id, a tab, two blanks per level, the name; a
+// nameless root (a whole volume) shows as "/". A damaged chain prints what was
+// read, and Finish() then reports the data-file error.
+int ListTree(CliContext& ctx, classData& data, int32_t discId) {
+  classCd cd = data.CdCursor();
+  if (Status s = data.FindCd(discId, &cd); !s.ok()) return ctx.Fail(s);
+  DiscTree tree;
+  (void)tree.Build(data.file(), discId);  // the file keeps the error for Finish()
+  std::string line;
+  tree.VisitDepthFirst([&](int32_t node) {
+    line.assign(std::to_string(tree.folderId(node))).append(1, '\t');
+    line.append(2 * static_cast<size_t>(tree.depth(node)), ' ');
+    const std::string_view name = tree.name(node);
+    line.append(name.empty() && node == tree.root() ? "/" : TsvEscape(name));
+    std::cout << line << '\n';
+  });
+  return 0;
+}
+
 int ListFiles(CliContext& ctx, classData& data, int32_t discId, int32_t dirId) {
   classCd cd = data.CdCursor();
   Status s = data.FindDir(dirId, &cd);
@@ -101,11 +121,14 @@ int ListFiles(CliContext& ctx, classData& data, int32_t discId, int32_t dirId) {
   return 0;
 }
 
-int List(CliContext& ctx, const std::vector<int32_t>& ids) {
+int List(CliContext& ctx, const std::vector<int32_t>& ids, bool tree) {
+  if (tree && ids.size() != 1) return ctx.Fail("ls --tree takes one disc id", kExitUsage);
   int code = 0;
   classData* data = ctx.Open(&code);
   if (!data) return code;
-  if (ids.empty()) {
+  if (tree) {
+    code = ListTree(ctx, *data, ids[0]);
+  } else if (ids.empty()) {
     code = ListDiscs(*data);
   } else if (ids.size() == 1) {
     code = ListFolders(ctx, *data, ids[0]);
@@ -229,8 +252,10 @@ void AddCatalogCommands(CLI::App& app, CliContext& ctx, int* result) {
 
   auto* ls = app.add_subcommand("ls", "List discs, the folders of a disc, or the files of a folder");
   static std::vector<int32_t> lsIds;
+  static bool lsTree = false;
   ls->add_option("DISC_DIR", lsIds, "DISC [DIR]")->expected(0, 2);
-  ls->callback([&ctx, result] { *result = List(ctx, lsIds); });
+  ls->add_flag("--tree", lsTree, "The folder tree of DISC, one folder a line");
+  ls->callback([&ctx, result] { *result = List(ctx, lsIds, lsTree); });
 
   app.add_subcommand("dump", "Every live record in chain order, as JSON Lines")
       ->callback([&ctx, result] { *result = Dump(ctx); });

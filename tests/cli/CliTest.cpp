@@ -5,6 +5,7 @@
 
 #include <cstdio>
 
+#include "catalog/classData.h"
 #include "support/TempDir.h"
 
 namespace gorvan::test {
@@ -116,6 +117,35 @@ TEST_F(CliTest, AWrongIdIsNotFoundAndLeavesTheCatalogWorking) {
   EXPECT_EQ(Cli("check").code, 0);
   EXPECT_EQ(Cli("ls " + disc).code, 0);
   EXPECT_EQ(Cli("disc notes " + disc + " fine").code, 0);
+}
+
+TEST_F(CliTest, LsTreePrintsTheFolderTreeDepthFirst) {
+  std::vector<int32_t> ids;
+  int32_t disc = 0;
+  {
+    classData data;
+    ASSERT_TRUE(data.OpenFiles(dir_.File("c.cd"), false, true));
+    classCd cd = data.CdCursor();
+    data.GetCdAppend(cd);
+    for (const auto& [path, name] : std::vector<std::pair<std::string, std::string>>{
+             {"\\", ""}, {"\\", "a\tb"}, {"\\", "c"}, {"a\tb", "x\\y"}}) {
+      classDir& d = cd.GetDirAppend();
+      d.SetDirPath(path);
+      d.SetDirName(name);
+      ids.push_back(d.GetDirId());
+    }
+    cd.GetDirAppendFinish();
+    disc = cd.GetCdId();
+    ASSERT_TRUE(data.GetCdCommit(cd));
+  }
+  const auto id = [&](size_t i) { return std::to_string(ids[i]); };
+  const CliResult r = Cli("ls " + std::to_string(disc) + " --tree");
+  EXPECT_EQ(r.code, 0) << Err();
+  EXPECT_EQ(r.out, id(0) + "\t/\n" + id(1) + "\t  a\\tb\n" + id(3) + "\t    x\\\\y\n" + id(2) +
+                       "\t  c\n");
+  EXPECT_EQ(Cli("ls 3 --tree").code, 1);
+  EXPECT_NE(Err().find("There is no disc 3"), std::string::npos);
+  EXPECT_EQ(Cli("ls --tree").code, 2);
 }
 
 }  // namespace
