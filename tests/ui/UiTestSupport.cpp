@@ -198,9 +198,16 @@ void UiTest::Start(const std::string& catalog, bool askUpdate) {
 }
 
 void UiTest::Idle() {
-  EXPECT_TRUE(WaitFor([this] { return !session_->busy() && session_->loader().pending() == 0; }));
-  // The results the loader posted are handled by now.
-  QTest::qWait(20);
+  // Quiet twice in a row: views ask for reads from the event loop (a delayed
+  // layout fetches what an expanded item holds), so one quiet look is not
+  // enough.
+  int quiet = 0;
+  EXPECT_TRUE(WaitFor([&] {
+    QTest::qWait(5);
+    const bool idle = !session_->busy() && session_->loader().pending() == 0;
+    quiet = idle ? quiet + 1 : 0;
+    return quiet >= 3;
+  }));
 }
 
 QAction* UiTest::Action(const char* name) {

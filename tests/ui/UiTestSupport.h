@@ -26,6 +26,16 @@ class CatalogSession;
 class frmMenu;
 }  // namespace gorvan::ui
 
+// Readable Qt texts in test failures.
+QT_BEGIN_NAMESPACE
+inline void PrintTo(const QString& s, std::ostream* os) { *os << '"' << s.toStdString() << '"'; }
+inline void PrintTo(const QStringList& l, std::ostream* os) {
+  *os << '{';
+  for (const QString& s : l) *os << '"' << s.toStdString() << "\", ";
+  *os << '}';
+}
+QT_END_NAMESPACE
+
 namespace gorvan::test {
 
 // Answers questions in the order scripted. A message (OK only) needs no

@@ -30,7 +30,8 @@ class CatalogView : public QWidget {
   virtual void NewCategory() = 0;
 
  Q_SIGNALS:
-  // The selection changed: its count and the bytes of what it holds.
+  // The selection changed: its count and the bytes of what it holds (< 0:
+  // not known).
   void selectionChanged(int count, double bytes);
 };
 

@@ -40,7 +40,10 @@ void StatusPanels::SetSelection(int count, double bytes) {
     selection_->clear();
     return;
   }
-  selection_->setText(tr("%1 selected, %2").arg(QLocale().toString(count), SizeText(bytes)));
+  // A negative size: not known (a folder chosen in the tree).
+  selection_->setText(bytes < 0
+                          ? tr("%1 selected").arg(QLocale().toString(count))
+                          : tr("%1 selected, %2").arg(QLocale().toString(count), SizeText(bytes)));
 }
 
 void StatusPanels::SetJob(const QString& state) { job_->setText(state); }

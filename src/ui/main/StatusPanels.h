@@ -19,6 +19,7 @@ class StatusPanels : public QObject {
   void SetCatalog(const QString& name);
   void SetTotals(int discs, qint64 files);
   void ClearTotals();
+  // bytes < 0: the size is not known.
   void SetSelection(int count, double bytes);
   void SetJob(const QString& state);
 

@@ -67,7 +67,7 @@ struct EntryRow {
   std::string name;
   std::string notes;
   std::string extra;
-  std::string path;  // an archive member's path inside the archive
+  std::string path;  // an archive member's path inside the archive; a disc's icon key
 };
 
 struct EntryRows {

@@ -57,6 +57,7 @@ bool CatalogSession::Close() {
   data_.reset();
   path_.clear();
   name_.clear();
+  fontText_.clear();
   header_ = HeaderRecord{};
   Q_EMIT closed();
   return true;
@@ -65,6 +66,7 @@ bool CatalogSession::Close() {
 void CatalogSession::RefreshHeader() {
   header_ = data_->GetTableHeader();
   name_ = Qs(data_->GetDataName());
+  fontText_ = data_->GetDataFont();
 }
 
 void CatalogSession::NewReader() {

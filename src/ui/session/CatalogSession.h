@@ -60,6 +60,8 @@ class CatalogSession : public QObject {
   QString caption() const;
   // The catalog's header as of the last commit (only while open).
   const HeaderRecord& header() const { return header_; }
+  // The catalog's font text ("" for the default font).
+  const std::string& fontText() const { return fontText_; }
 
   // Opens path (creating it when it does not exist, unless options say it
   // must), closing the open catalog first; pushes it onto the history. On
@@ -106,6 +108,7 @@ class CatalogSession : public QObject {
   ViewLoader* loader_;
   std::string path_;
   QString name_;
+  std::string fontText_;
   HeaderRecord header_;
   bool failureShown_ = false;
 };

@@ -45,8 +45,13 @@ QIcon ThemeIcons::Named(const char* name) {
   const QString key = QLatin1String(name);
   auto it = cache.constFind(key);
   if (it != cache.constEnd()) return *it;
-  QIcon icon = QIcon::fromTheme(key);
-  if (icon.isNull()) icon = QIcon::fromTheme(key + QStringLiteral("-symbolic"));
+  QIcon icon;
+  // "a|b": the first of the names the theme has.
+  for (const QString& one : key.split(QLatin1Char('|'))) {
+    icon = QIcon::fromTheme(one);
+    if (icon.isNull()) icon = QIcon::fromTheme(one + QStringLiteral("-symbolic"));
+    if (!icon.isNull()) break;
+  }
   cache.insert(key, icon);
   return icon;
 }

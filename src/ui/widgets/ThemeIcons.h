@@ -16,7 +16,8 @@ class ThemeIcons {
  public:
   // Makes the fallback theme known; call once after the application exists.
   static void Setup();
-  // A theme icon by name; the "-symbolic" variant when the theme has only that.
+  // A theme icon by name ("a|b": the first the theme has); the "-symbolic"
+  // variant when the theme has only that.
   static QIcon Named(const char* name);
   // The icon of a disc: its icon key ("cdrom", "audiocd", "removable", ...).
   static QIcon Disc(std::string_view iconKey);

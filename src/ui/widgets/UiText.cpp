@@ -1,6 +1,7 @@
 #include "ui/widgets/UiText.h"
 
 #include <QLocale>
+#include <QObject>
 #include <cmath>
 
 #include "catalog/Attributes.h"
@@ -56,5 +57,31 @@ QString AttributeText(int32_t attr) {
 }
 
 QString DateText(double ole) { return ole == 0 ? QString() : Qs(FormatGeneralDate(ole)); }
+
+QString MediaTypeText(int32_t mediaType) {
+  if (mediaType > 100) return QObject::tr("Audio CD");
+  switch (mediaType) {
+    case kMediaRemovable:
+      return QObject::tr("Removable disk");
+    case kMediaFixed:
+      return QObject::tr("Fixed disk");
+    case kMediaRemote:
+      return QObject::tr("Network drive");
+    case kMediaOptical:
+      return QObject::tr("CD or DVD");
+    case kMediaRam:
+      return QObject::tr("RAM disk");
+    default:
+      return QObject::tr("Unknown");
+  }
+}
+
+QString SerialText(int32_t serial) {
+  const quint32 s = static_cast<quint32>(serial);
+  return QStringLiteral("%1-%2")
+      .arg(s >> 16, 4, 16, QLatin1Char('0'))
+      .arg(s & 0xffffu, 4, 16, QLatin1Char('0'))
+      .toUpper();
+}
 
 }  // namespace gorvan::ui

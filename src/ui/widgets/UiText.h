@@ -33,5 +33,9 @@ QString ExactSizeText(double bytes);
 QString AttributeText(int32_t attr);
 // An OLE date in the general date format ("" for 0).
 QString DateText(double ole);
+// A disc's media type in words ("CD or DVD", "Audio CD", "Removable disk", ...).
+QString MediaTypeText(int32_t mediaType);
+// A volume serial number as its label shows it ("ABCD-1234").
+QString SerialText(int32_t serial);
 
 }  // namespace gorvan::ui
