@@ -4,6 +4,7 @@
 #include <QPixmap>
 #include <QSettings>
 
+#include "app/ErrorLog.h"
 #include "app/SettingsStore.h"
 #include "ui/main/frmMenu.h"
 #include "ui/session/CatalogSession.h"
@@ -179,6 +180,8 @@ UiTest::UiTest() {
             QStringLiteral("Gorvan"))
       .clear();
   ui::NotifyPrompt::ResetSession();
+  // As the program does: failures the layers report go to the error log.
+  ErrorLog::InstallAsErrorSink();
 }
 
 UiTest::~UiTest() {

@@ -79,7 +79,9 @@ PropertiesDialog::PropertiesDialog(CatalogSession& session, const CatalogItem& i
 
   auto* layout = new QVBoxLayout(this);
   layout->addLayout(form_);
-  layout->addWidget(new QLabel(tr("N&otes:")));
+  auto* notesLabel = new QLabel(tr("N&otes:"));
+  notesLabel->setBuddy(notes_);
+  layout->addWidget(notesLabel);
   layout->addWidget(notes_, 1);
   layout->addWidget(tableTitle_);
   layout->addWidget(table_, 2);

@@ -157,6 +157,22 @@ void DiscTableModel::SetFont(const QFont& font) {
   if (!rows_.empty()) Q_EMIT dataChanged(index(0, 0), index(rowCount() - 1, kColumnCount - 1));
 }
 
+std::vector<int> DiscTableModel::DefaultWidths(const QFontMetrics& m) {
+  const int pad = m.averageCharWidth() * 3;
+  auto w = [&m, pad](const QString& sample) { return m.horizontalAdvance(sample) + pad; };
+  const int ch = m.averageCharWidth();
+  return {ch * 30,
+          ch * 20,
+          ch * 14,
+          w(tr("Removable disk")),
+          w(tr("Folders")),
+          w(tr("Files") + QStringLiteral("000")),
+          w(QStringLiteral("999.9 MB")),
+          w(QStringLiteral("999.9 MB")),
+          w(DateText(45000.75) + QStringLiteral("0")),
+          ch * 30};
+}
+
 int DiscTableModel::rowCount(const QModelIndex& parent) const {
   return parent.isValid() ? 0 : static_cast<int>(order_.size());
 }

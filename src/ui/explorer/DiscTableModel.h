@@ -8,6 +8,7 @@
 
 #include <QAbstractTableModel>
 #include <QFont>
+#include <QFontMetrics>
 #include <vector>
 
 #include "ui/session/CatalogItem.h"
@@ -45,6 +46,8 @@ class DiscTableModel : public QAbstractTableModel {
   CatalogItem Item(const QModelIndex& index) const;
   QModelIndex IndexOf(int32_t discId) const;
   void SetFont(const QFont& font);
+  // Column widths that fit typical values in the given font.
+  static std::vector<int> DefaultWidths(const QFontMetrics& metrics);
 
   int rowCount(const QModelIndex& parent = {}) const override;
   int columnCount(const QModelIndex& parent = {}) const override;

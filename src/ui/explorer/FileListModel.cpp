@@ -490,6 +490,24 @@ void FileListModel::sort(int column, Qt::SortOrder order) {
   Q_EMIT layoutChanged({}, QAbstractItemModel::VerticalSortHint);
 }
 
+std::vector<int> FileListModel::DefaultWidths(const QFontMetrics& m) {
+  const int pad = m.averageCharWidth() * 3;
+  auto w = [&m, pad](const QString& sample) { return m.horizontalAdvance(sample) + pad; };
+  const int ch = m.averageCharWidth();
+  return {ch * 36,
+          w(QStringLiteral("999.9 MB")),
+          w(DateText(45000.75) + QStringLiteral("0")),
+          w(QStringLiteral("RHDA")),
+          ch * 28,
+          ch * 20,
+          ch * 16,
+          ch * 16,
+          w(QStringLiteral("0000")),
+          ch * 16,
+          w(tr("Track")),
+          w(QStringLiteral("00:00:00"))};
+}
+
 QStringList FileListModel::mimeTypes() const { return {QLatin1String(kItemMimeType)}; }
 
 QMimeData* FileListModel::mimeData(const QModelIndexList& indexes) const {

@@ -16,6 +16,7 @@
 
 #include <QAbstractItemModel>
 #include <QFont>
+#include <QFontMetrics>
 #include <memory>
 #include <string>
 #include <vector>
@@ -94,6 +95,9 @@ class FileListModel : public QAbstractItemModel {
   Qt::DropActions supportedDragActions() const override { return Qt::MoveAction; }
 
   void SetDragDrop(bool on) { dragDrop_ = on; }
+  // Column widths that fit typical values in the given font (no measuring of
+  // the rows: a list may hold 100,000 of them).
+  static std::vector<int> DefaultWidths(const QFontMetrics& metrics);
 
  Q_SIGNALS:
   // The rows of ShowFolder are in.

@@ -10,6 +10,16 @@
 #include "ui/widgets/UiText.h"
 
 namespace gorvan::ui {
+namespace {
+
+Launcher::Opener& CurrentOpener() {
+  static Launcher::Opener opener;
+  return opener;
+}
+
+}  // namespace
+
+void Launcher::SetOpener(Opener opener) { CurrentOpener() = std::move(opener); }
 
 std::string Launcher::NativePath(const DiscRow& disc, const DiscTree* tree, int32_t folderNode,
                                  const std::string& file) {
@@ -56,7 +66,9 @@ bool Launcher::Launch(CatalogSession& session, const DiscRow& disc, const DiscTr
                              PromptIcon::kWarning);
     return false;
   }
-  if (!QDesktopServices::openUrl(QUrl::fromLocalFile(Qs(path)))) {
+  const bool opened = CurrentOpener() ? CurrentOpener()(path)
+                                      : QDesktopServices::openUrl(QUrl::fromLocalFile(Qs(path)));
+  if (!opened) {
     session.prompt().Message(Std(QObject::tr("No program could open %1.").arg(Qs(path))),
                              PromptIcon::kWarning);
     return false;

@@ -8,6 +8,7 @@
 //
 // Thread contract: the GUI thread.
 
+#include <functional>
 #include <string>
 
 #include "catalog/DiscTree.h"
@@ -28,6 +29,11 @@ class Launcher {
   // True when it was handed to the desktop.
   static bool Launch(CatalogSession& session, const DiscRow& disc, const DiscTree* tree,
                      int32_t folderNode, const std::string& file);
+
+  // What hands a path to the desktop (QDesktopServices by default; tests
+  // watch it). An empty function puts the default back.
+  using Opener = std::function<bool(const std::string& path)>;
+  static void SetOpener(Opener opener);
 };
 
 }  // namespace gorvan::ui

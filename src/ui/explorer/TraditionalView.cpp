@@ -38,10 +38,10 @@ TraditionalView::TraditionalView(frmMenu& menu)
   discs_->setAllColumnsShowFocus(true);
   discs_->setEditTriggers(QAbstractItemView::NoEditTriggers);
   discs_->setContextMenuPolicy(Qt::CustomContextMenu);
-  const int ch = fontMetrics().averageCharWidth();
-  const int widths[] = {30, 20, 14, 12, 8, 8, 12, 12, 20, 30};
-  for (int c = 0; c < DiscTableModel::kColumnCount; ++c)
-    discs_->header()->resizeSection(c, widths[c] * ch);
+  const std::vector<int> widths = DiscTableModel::DefaultWidths(fontMetrics());
+  for (int c = 0; c < DiscTableModel::kColumnCount; ++c) {
+    discs_->header()->resizeSection(c, widths[static_cast<size_t>(c)]);
+  }
 
   browseModel_ = new FileListModel(session_, this);
   browseModel_->SetExpandFolders(true);
@@ -55,9 +55,10 @@ TraditionalView::TraditionalView(frmMenu& menu)
   browse_->setAllColumnsShowFocus(true);
   browse_->setEditTriggers(QAbstractItemView::NoEditTriggers);
   browse_->setContextMenuPolicy(Qt::CustomContextMenu);
-  const int browseWidths[] = {40, 12, 20, 8, 30, 20, 18, 18, 6, 20, 6, 8};
-  for (int c = 0; c < FileListModel::kColumnCount; ++c)
-    browse_->header()->resizeSection(c, browseWidths[c] * ch);
+  const std::vector<int> browseWidths = FileListModel::DefaultWidths(fontMetrics());
+  for (int c = 0; c < FileListModel::kColumnCount; ++c) {
+    browse_->header()->resizeSection(c, browseWidths[static_cast<size_t>(c)]);
+  }
 
   auto* splitter = new QSplitter(Qt::Vertical);
   splitter->addWidget(discs_);

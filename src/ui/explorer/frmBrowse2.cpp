@@ -86,8 +86,9 @@ frmBrowse2::frmBrowse2(frmMenu& menu)
   header->setStretchLastSection(false);
   header->setSectionsMovable(true);
   const int ch = fontMetrics().averageCharWidth();
-  const int widths[] = {40, 12, 24, 8, 30, 20, 18, 18, 6, 20, 6, 8};
-  for (int c = 0; c < FileListModel::kColumnCount; ++c) header->resizeSection(c, widths[c] * ch);
+  const std::vector<int> widths = FileListModel::DefaultWidths(fontMetrics());
+  for (int c = 0; c < FileListModel::kColumnCount; ++c)
+    header->resizeSection(c, widths[static_cast<size_t>(c)]);
   {
     const std::vector<ColumnLayout> restored =
         WindowLayout::RestoreColumns(kListLayoutName, Columns(header));
@@ -158,11 +159,19 @@ frmBrowse2::frmBrowse2(frmMenu& menu)
   connect(listModel_, &FileListModel::folderLoaded, this, [this] {
     if (listCurrent_ != 0) {
       const QModelIndex at = listModel_->IndexOf(KindOf(listCurrent_), IdOf(listCurrent_));
+      // Put back, not chosen by the user: the commands still act where they did.
+      const bool focus = listFocus_;
       if (at.isValid()) details_->setCurrentIndex(at);
+      listFocus_ = focus;
       listCurrent_ = 0;
     }
     ListSelectionChanged();
   });
+  // The view used last is the one the commands act on.
+  connect(details_->selectionModel(), &QItemSelectionModel::currentChanged, this,
+          [this](const QModelIndex& at) {
+            if (at.isValid()) listFocus_ = true;
+          });
   connect(details_->selectionModel(), &QItemSelectionModel::selectionChanged, this,
           &frmBrowse2::ListSelectionChanged);
   connect(qApp, &QApplication::focusChanged, this, [this](QWidget*, QWidget* now) {
