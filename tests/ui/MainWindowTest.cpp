@@ -1,6 +1,9 @@
 // The main window: every command as an action of its name, the start-up
 // (placement, first-start question, opening with its refusals), the caption,
 // the history and the hooks of other features.
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <QMdiArea>
 #include <QMenuBar>
 #include <QScreen>
@@ -12,6 +15,7 @@
 #include "ui/main/StatusPanels.h"
 #include "ui/main/frmMenu.h"
 #include "ui/session/CatalogSession.h"
+#include "ui/session/NotifyPrompt.h"
 #include "ui/session/UiSettings.h"
 
 namespace gorvan::test {
@@ -104,6 +108,22 @@ TEST_F(UiTest, EmptyCatalogRefusesSearchExportAndPreview) {
                 "You need to have at least one CD or folder scanned before you can print"}));
 }
 
+TEST_F(UiTest, ScanPathOfTheCommandLineOpensTheScanDialogOnceTheCatalogIsOpen) {
+  QString scanned;
+  bool open = false;
+  hooks.Register(QStringLiteral("mnuCdAdd"), [&](const ui::CommandContext& c) {
+    scanned = c.path;
+    open = c.session->isOpen();
+  });
+  SettingsStore::PutBool("Switches", "lShowAutoUpdateNotice", false);
+  session_ = std::make_unique<ui::CatalogSession>(prompt);
+  window = std::make_unique<ui::frmMenu>(*session_, hooks);
+  window->MenuStart(dir.File("c.cd"), QStringLiteral("/media/usb"));
+  EXPECT_EQ(scanned, QStringLiteral("/media/usb"));
+  EXPECT_TRUE(open);
+  EXPECT_TRUE(Action("mnuCdAdd")->isEnabled());
+}
+
 TEST_F(UiTest, FirstStartAsksOnceAboutUpdateNotices) {
   prompt.Answer(PromptAnswer::kYes);
   Start("", /*askUpdate=*/true);
@@ -178,6 +198,60 @@ TEST_F(UiTest, OpenShowsTheCatalogInTheCaptionAndRefusalsSayWhy) {
   Trigger("mnuFileOpen");
   EXPECT_FALSE(session().isOpen());
   EXPECT_EQ(prompt.LastText().rfind("Nothing To Display?\n", 0), 0u) << prompt.LastText();
+}
+
+TEST_F(UiTest, ReadOnlyAndWrongVersionCatalogsAreRefusedWithTheProductsWords) {
+  CatalogBuilder(dir.File("ro.cd")).Close();
+  ASSERT_EQ(::chmod(dir.File("ro.cd").c_str(), 0444), 0);
+  prompt.Answer(PromptAnswer::kNo);
+  Start(dir.File("ro.cd"));
+  ASSERT_GE(prompt.asked.size(), 2u);
+  EXPECT_EQ(prompt.asked[0].text,
+            "Your data file is read-only,\ndo you want to make it read-write?");
+  EXPECT_EQ(prompt.asked[0].buttons, PromptButtons::kYesNo);
+  EXPECT_FALSE(session().isOpen());
+  EXPECT_EQ(prompt.LastText().rfind("Nothing To Display?\n", 0), 0u);
+
+  prompt.Answer(PromptAnswer::kYes);
+  prompt.files = {dir.File("ro.cd")};
+  Trigger("mnuFileOpen");
+  EXPECT_TRUE(session().isOpen());
+  struct stat st {};
+  ASSERT_EQ(::stat(dir.File("ro.cd").c_str(), &st), 0);
+  EXPECT_EQ(st.st_mode & 0777, 0644u) << "the owner's write bit, and only that";
+
+  // A catalog of a newer format version.
+  CatalogBuilder(dir.File("new.cd")).Close();
+  std::string bytes = ReadFileBytes(dir.File("new.cd"));
+  bytes[4] = 3;  // the major version
+  WriteFileBytes(dir.File("new.cd"), bytes);
+  prompt.files = {dir.File("new.cd")};
+  Trigger("mnuFileOpen");
+  EXPECT_EQ(
+      prompt.LastText(),
+      "Nothing To Display?\nError!!\nWrong Version of the Data File\nCan't Use newer version data");
+  EXPECT_FALSE(session().isOpen());
+}
+
+TEST_F(UiTest, SwitchedOffPromptsStayOffForTheSessionOrForGood) {
+  PromptRequest r;
+  r.text = "Compact Data Files ??";
+  r.buttons = PromptButtons::kYesNo;
+  r.notifyKey = "lNotifyCompact";
+  r.sessionOnly = true;
+  prompt.Answer(PromptAnswer::kYes, /*dontShowAgain=*/true);
+  EXPECT_EQ(ui::NotifyPrompt::Ask(prompt, r, PromptAnswer::kNo).answer, PromptAnswer::kYes);
+  EXPECT_EQ(ui::NotifyPrompt::Ask(prompt, r, PromptAnswer::kNo).answer, PromptAnswer::kNo)
+      << "off for this session: not asked";
+  EXPECT_EQ(prompt.asked.size(), 1u);
+  EXPECT_EQ(SettingsStore::GetText("Switches", "lNotifyCompact"), "") << "nothing stored";
+  ui::NotifyPrompt::ResetSession();
+  r.sessionOnly = false;
+  prompt.Answer(PromptAnswer::kYes, /*dontShowAgain=*/true);
+  ui::NotifyPrompt::Ask(prompt, r, PromptAnswer::kNo);
+  EXPECT_EQ(SettingsStore::GetText("Switches", "lNotifyCompact"), "False");
+  ui::NotifyPrompt::ResetSession();
+  EXPECT_FALSE(ui::NotifyPrompt::IsOn("lNotifyCompact"));
 }
 
 TEST_F(UiTest, HistoryListsNewestFirstAndOffersToDropAMissingCatalog) {

@@ -49,7 +49,9 @@ void CatalogTreeModel::Clear() {
 }
 
 void CatalogTreeModel::Reload(bool keepTrees) {
-  if (!keepTrees) trees_.clear();
+  // The trees go when the new snapshot comes in: until then the nodes shown
+  // still need their names.
+  if (!keepTrees) dropTrees_ = true;
   const std::string key =
       "CatalogTreeModel.snapshot." + std::to_string(reinterpret_cast<uintptr_t>(this));
   session_.loader().Load<CatalogSnapshot>(
@@ -74,6 +76,8 @@ CatalogTreeModel::Node* CatalogTreeModel::AddChild(Node* parent, NodeKind kind, 
 
 void CatalogTreeModel::Fill(CatalogSnapshot snapshot) {
   beginResetModel();
+  if (dropTrees_) trees_.clear();
+  dropTrees_ = false;
   root_ = std::make_unique<Node>();
   nodes_.clear();
   snapshot_ = std::move(snapshot);

@@ -118,6 +118,7 @@ class CatalogTreeModel : public QAbstractItemModel {
   QFont font_;
   bool fontSet_ = false;
   bool loaded_ = false;
+  bool dropTrees_ = false;  // the next snapshot drops the disc trees
   bool dragDrop_ = true;
 };
 

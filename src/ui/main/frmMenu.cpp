@@ -156,22 +156,41 @@ void frmMenu::UpdateTotals() {
       [this](Totals& t) { panels_->SetTotals(t.first, t.second); });
 }
 
-void frmMenu::ShowViews() {
-  auto open = [this](QPointer<QMdiSubWindow>& slot, CatalogView* view, const QString& title) {
+QMdiSubWindow* frmMenu::OpenView(bool explorer) {
+  QPointer<QMdiSubWindow>& slot = explorer ? explorerWindow_ : traditionalWindow_;
+  if (!slot) {
+    CatalogView* view = explorer ? static_cast<CatalogView*>(new frmBrowse2(*this))
+                                 : static_cast<CatalogView*>(new TraditionalView(*this));
     connect(view, &CatalogView::selectionChanged, panels_, &StatusPanels::SetSelection);
     view->SetListStyle(listStyle_);
-    slot = AddDocument(view, title);
+    slot = AddDocument(view, explorer ? tr("Explorer") : tr("Discs"));
     slot->setAttribute(Qt::WA_DeleteOnClose);
-  };
-  if (explorerMode_) {
-    if (traditionalWindow_) traditionalWindow_->close();
-    if (!explorerWindow_) open(explorerWindow_, new frmBrowse2(*this), tr("Explorer"));
-    mdi_->setActiveSubWindow(explorerWindow_);
-  } else {
-    if (explorerWindow_) explorerWindow_->close();
-    if (!traditionalWindow_) open(traditionalWindow_, new TraditionalView(*this), tr("Discs"));
-    mdi_->setActiveSubWindow(traditionalWindow_);
+    slot->installEventFilter(this);
   }
+  mdi_->setActiveSubWindow(slot);
+  return slot;
+}
+
+void frmMenu::ShowViews() {
+  QPointer<QMdiSubWindow> other = explorerMode_ ? traditionalWindow_ : explorerWindow_;
+  OpenView(explorerMode_);
+  if (other) {
+    switching_ = true;
+    other->close();
+    switching_ = false;
+  }
+}
+
+bool frmMenu::eventFilter(QObject* watched, QEvent* event) {
+  // The last view of the catalog stays: closing it would leave the window
+  // empty with a catalog open. The View menu switches views instead.
+  if (event->type() == QEvent::Close && !switching_ && !quitting_ &&
+      (watched == explorerWindow_ || watched == traditionalWindow_) &&
+      !(explorerWindow_ && traditionalWindow_)) {
+    event->ignore();
+    return true;
+  }
+  return QMainWindow::eventFilter(watched, event);
 }
 
 QMdiSubWindow* frmMenu::AddDocument(QWidget* widget, const QString& title) {

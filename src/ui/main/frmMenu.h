@@ -74,6 +74,7 @@ class frmMenu : public QMainWindow {
 
  protected:
   void closeEvent(QCloseEvent* event) override;
+  bool eventFilter(QObject* watched, QEvent* event) override;
 
  private:
   // frmMenuActions.cpp
@@ -113,6 +114,8 @@ class frmMenu : public QMainWindow {
 
   // frmMenu.cpp
   void ShowViews();
+  // Opens (or brings forward) the explorer or the traditional view.
+  QMdiSubWindow* OpenView(bool explorer);
   void UpdateCaption();
   void RestorePlacement();
   void SavePlacement();
@@ -135,6 +138,7 @@ class frmMenu : public QMainWindow {
   ListStyle listStyle_ = ListStyle::kDetails;
   bool explorerMode_ = true;
   bool quitting_ = false;
+  bool switching_ = false;  // the view mode closes the other view
 };
 
 }  // namespace gorvan::ui

@@ -6,7 +6,6 @@
 #include "app/SearchRequest.h"
 #include "ui/dialogs/frmCategories.h"
 #include "ui/dialogs/frmDataOptions.h"
-#include "ui/explorer/TraditionalView.h"
 #include "ui/main/frmMenu.h"
 #include "ui/session/CatalogSession.h"
 #include "ui/session/UiSettings.h"
@@ -45,15 +44,7 @@ void frmMenu::CdCategories() {
   dialog->open();
 }
 
-void frmMenu::CdShowList() {
-  if (!traditionalWindow_) {
-    auto* view = new TraditionalView(*this);
-    view->SetListStyle(listStyle_);
-    traditionalWindow_ = AddDocument(view, tr("Discs"));
-    traditionalWindow_->setAttribute(Qt::WA_DeleteOnClose);
-  }
-  mdi_->setActiveSubWindow(traditionalWindow_);
-}
+void frmMenu::CdShowList() { OpenView(false); }
 
 void frmMenu::ViewExplorer(bool explorer) {
   explorerMode_ = explorer;
