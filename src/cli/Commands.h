@@ -17,5 +17,6 @@ void AddExportCommands(CLI::App& app, CliContext& ctx, int* result);   // export
 void AddMaintenanceCommands(CLI::App& app, CliContext& ctx, int* result);  // compact backup saveas merge
 void AddSearchCommands(CLI::App& app, CliContext& ctx, int* result);   // search translate
 void AddAppCommands(CLI::App& app, CliContext& ctx, int* result);  // settings integrate version-check send-error
+void AddAudioCommands(CLI::App& app, CliContext& ctx, int* result);    // discid cddb drives eject watch
 
 }  // namespace gorvan::cli

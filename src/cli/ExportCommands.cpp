@@ -19,24 +19,15 @@ struct ExportArgs {
   std::vector<int32_t> discs;
 };
 
-bool EndsWith(const std::string& s, const std::string& tail) {
-  if (s.size() < tail.size()) return false;
-  for (size_t i = 0; i < tail.size(); ++i) {
-    if (std::tolower(static_cast<unsigned char>(s[s.size() - tail.size() + i])) != tail[i]) {
-      return false;
-    }
-  }
-  return true;
-}
-
 int Export(CliContext& ctx, const ExportArgs& a) {
   int code = 0;
   classData* data = ctx.Open(&code);
   if (!data) return code;
   ExportOptions options;
-  // Without --format the file's extension decides; XML otherwise.
-  const std::string format = !a.format.empty() ? a.format : EndsWith(a.file, ".csv") ? "csv" : "xml";
-  options.type = format == "csv" ? ExportType::kDelimited : ExportType::kXml;
+  // --format names a type by its extension; without it the file's extension
+  // decides, and anything else is XML.
+  const std::string byName = a.format.empty() ? a.file : "." + a.format;
+  options.type = ExportTypeForPath(byName).value_or(ExportType::kXml);
   options.discIds = a.discs;
   if (options.type == ExportType::kXml) options.stylesheet = Resources::File(kStylesheetName);
 
@@ -60,10 +51,12 @@ int Export(CliContext& ctx, const ExportArgs& a) {
 
 void AddExportCommands(CLI::App& app, CliContext& ctx, int* result) {
   auto a = std::make_shared<ExportArgs>();
-  CLI::App* exp = app.add_subcommand("export", "Export discs as XML or comma-separated lines");
+  CLI::App* exp = app.add_subcommand(
+      "export", "Export discs as comma-separated lines, XML, a workbook or a web page");
   exp->add_option("FILE", a->file, "The file to write")->required();
-  exp->add_option("--format", a->format, "xml or csv (default: from the extension, else xml)")
-      ->check(CLI::IsMember({"xml", "csv"}));
+  exp->add_option("--format", a->format,
+                  "xml, csv, xlsx or html (default: from the extension, else xml)")
+      ->check(CLI::IsMember({"xml", "csv", "xlsx", "html"}));
   exp->add_option("--disc", a->discs, "A disc id to export (repeat; default: every disc)");
   exp->callback([&ctx, result, a] { *result = Export(ctx, *a); });
 }

@@ -28,6 +28,7 @@ int main(int argc, char** argv) {
   AddMaintenanceCommands(app, ctx, &result);
   AddSearchCommands(app, ctx, &result);
   AddAppCommands(app, ctx, &result);
+  AddAudioCommands(app, ctx, &result);
 
   try {
     app.parse(argc, argv);

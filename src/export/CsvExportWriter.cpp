@@ -6,7 +6,7 @@
 
 namespace gorvan {
 
-void CsvExportWriter::Begin(double /*extractDate*/, bool ansi) { ansi_ = ansi; }
+void CsvExportWriter::Begin(const ExportStart& start) { ansi_ = start.ansi; }
 
 void CsvExportWriter::Disc(const ExportDisc& d) {
   line_ = "C";

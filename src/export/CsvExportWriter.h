@@ -17,7 +17,7 @@ class CsvExportWriter final : public ExportWriter {
  public:
   CsvExportWriter(OutputWriter& out, const ExportFields& fields) : out_(out), fields_(fields) {}
 
-  void Begin(double extractDate, bool ansi) override;
+  void Begin(const ExportStart& start) override;
   void Disc(const ExportDisc& disc) override;
   void Folder(const ExportFolder& folder) override;
   void File(const ExportFile& file) override;

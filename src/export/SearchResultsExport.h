@@ -6,8 +6,8 @@
 // "Attributes" and "Notes" joined by ",", with every comma inside a value
 // replaced by one blank and nothing else changed (no quoting: a line break in
 // a note stays a line break). The short variant leaves the disc out: header
-// "Text,Path,Time,Size,Attr,Notes"; it suits a list whose rows all come from
-// one disc.
+// "Text,Path,Time,Size,Attr,Notes"; it is written when the results list does
+// not show its "CD Name" column (the export gives what the list shows).
 //
 // XML: no declaration and no stylesheet. "<SearchResults>", the criteria one
 // element a line ("<SearchString>", "<CaseSensitive>", "<SearchComments>",
@@ -40,6 +40,22 @@ enum class SearchResultsFormat {
   kCsvWithoutCd,  // "Text,Path,Time,Size,Attr,Notes"
   kXml,
 };
+
+// What the search window says when there are no rows to export.
+inline constexpr const char* kNothingToExport = "Nothing to Export!!";
+// The search-results window's file dialog: the two forms it writes, type 0
+// comma-separated text and type 1 XML (the number "export_search_type"
+// stores), with their default extensions.
+inline constexpr const char* kSearchResultsFileFilter =
+    "Comma Delimited (*.csv)|*.csv|XML File (*.xml)|*.xml";
+inline constexpr const char* kSearchResultsExtensions[] = {"csv", "xml"};
+
+// The form for the window's type (0 text, 1 XML) and whether its list shows
+// the "CD Name" column.
+constexpr SearchResultsFormat SearchResultsFormatFor(int type, bool cdNameShown) {
+  if (type == 1) return SearchResultsFormat::kXml;
+  return cdNameShown ? SearchResultsFormat::kCsv : SearchResultsFormat::kCsvWithoutCd;
+}
 
 // The criteria the XML names.
 struct SearchResultsSummary {

@@ -6,11 +6,11 @@
 
 namespace gorvan {
 
-void XmlExportWriter::Begin(double extractDate, bool ansi) {
-  ansi_ = ansi;
+void XmlExportWriter::Begin(const ExportStart& start) {
+  ansi_ = start.ansi;
   out_.WriteLine("<?xml-stylesheet type=\"text/xsl\" href=\"" + std::string(kStylesheetName) +
                  "\"?>");
-  out_.WriteLine("<Gorvan ExtractDate=\"" + ExportDateText(extractDate, ansi_) + "\" Version=\"" +
+  out_.WriteLine("<Gorvan ExtractDate=\"" + ExportDateText(start.extractDate, ansi_) + "\" Version=\"" +
                  std::to_string(GORVAN_VERSION_MAJOR) + "." +
                  std::to_string(GORVAN_VERSION_MINOR) + "." +
                  std::to_string(GORVAN_VERSION_REVISION) + "\">");

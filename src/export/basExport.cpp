@@ -5,7 +5,9 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cctype>
 #include <cerrno>
+#include <cmath>
 #include <cstring>
 #include <memory>
 #include <unordered_set>
@@ -13,23 +15,27 @@
 #include "catalog/ExtraData.h"
 #include "catalog/OleDate.h"
 #include "catalog/TextCodec.h"
-#include "catalog/TextFormat.h"
 #include "catalog/PosixIO.h"
+#include "catalog/TextFormat.h"
 #include "export/CsvExportWriter.h"
+#include "export/HtmlExportWriter.h"
 #include "export/OutputWriter.h"
+#include "export/XlsxExportWriter.h"
 #include "export/XmlExportWriter.h"
 
-#ifndef GORVAN_INSTALL_SHARE_DIR
-#define GORVAN_INSTALL_SHARE_DIR ""
-#endif
-#ifndef GORVAN_SOURCE_SHARE_DIR
-#define GORVAN_SOURCE_SHARE_DIR ""
-#endif
 
 namespace gorvan {
 
 void AppendXmlEscaped(std::string_view text, bool ansi, std::string* out) {
   static constexpr char kHex[] = "0123456789ABCDEF";
+  static constexpr std::string_view kReplacement = "\xEF\xBF\xBD";  // U+FFFD
+  // Bytes that are not UTF-8 (a raw file name) would make a UTF-8 file
+  // unreadable: they are written as U+FFFD, as the program shows them.
+  std::string valid;
+  if (!ansi && !TextCodec::IsValidUtf8(text)) {
+    valid = TextCodec::ForDisplay(text);
+    text = valid;
+  }
   // One pass gives what the ordered replace-all steps give: no replacement
   // brings in a character that a later step would replace again.
   for (const char ch : text) {
@@ -40,8 +46,18 @@ void AppendXmlEscaped(std::string_view text, bool ansi, std::string* out) {
       case '>': out->append("&gt;"); break;
       case '\'': out->append("&apos;"); break;
       case '"': out->append("&quote;"); break;
+      case '\t':
+      case '\n':
+      case '\r': out->push_back(ch); break;
       default:
-        if (ansi && c >= 128) {
+        if (c < 0x20) {
+          // XML cannot hold other control characters, not even as references.
+          if (ansi) {
+            out->push_back('?');
+          } else {
+            out->append(kReplacement);
+          }
+        } else if (ansi && c >= 128) {
           const char entity[6] = {'&', '#', 'x', kHex[c >> 4], kHex[c & 15], ';'};
           out->append(entity, sizeof entity);
         } else {
@@ -84,7 +100,8 @@ std::string PlaceStylesheet(const std::string& stylesheet, const std::string& ou
 class Exporter {
  public:
   Exporter(classData& data, ExportWriter& writer, const ExportOptions& o, JobControl& job)
-      : file_(data.file()),
+      : data_(data),
+        file_(data.file()),
         writer_(writer),
         o_(o),
         job_(job),
@@ -93,7 +110,12 @@ class Exporter {
   Status Run(const std::vector<int32_t>& ids) {
     progress_.maximum = static_cast<int64_t>(ids.size());
     job_.Report(progress_);
-    writer_.Begin(o_.extractDate != 0 ? o_.extractDate : OleDateNow(), ansi_);
+    const std::string catalogName = data_.GetDataName();
+    ExportStart start;
+    start.extractDate = o_.extractDate != 0 ? o_.extractDate : OleDateNow();
+    start.ansi = ansi_;
+    start.catalogName = catalogName;
+    writer_.Begin(start);
     for (int32_t id : ids) {
       if (job_.StopRequested()) return Status::Cancelled();
       Status s = Disc(id);
@@ -117,10 +139,12 @@ class Exporter {
     return *buf;
   }
 
-  void FullName(const TextRef& path, std::string_view name) {
-    full_.assign(Raw(path, &path_));
-    if (full_.empty() || full_.back() != '\\') full_ += '\\';
-    full_ += name;
+  // parent, a backslash unless parent already ends in one, and name: the rule
+  // of a folder's full name, which a file's full name follows too.
+  static void Join(std::string_view parent, std::string_view name, std::string* out) {
+    out->assign(parent);
+    if (out->empty() || out->back() != '\\') *out += '\\';
+    *out += name;
   }
 
   Status Disc(int32_t id) {
@@ -148,6 +172,7 @@ class Exporter {
       Folder(dir);
       if (job_.StopRequested()) return Status::Cancelled();
       if (!writer_.ok()) return writer_.End();
+      if (job_.Due()) job_.Report(progress_);
     }
     writer_.EndDisc();
     return Problem();
@@ -158,17 +183,20 @@ class Exporter {
     ExportFolder f;
     f.id = r.id;
     f.name = Raw(r.name, &name_);
-    FullName(r.path, f.name);
-    f.fullName = full_;
+    f.path = Raw(r.path, &path_);
+    Join(f.path, f.name, &dirFull_);
+    f.fullName = dirFull_;
     f.notes = Raw(r.notes, &notes_);
     f.extra = Raw(r.extra, &extra_);
     f.date = r.date;
     f.attr = r.attr;
-    f.size = r.size;
+    // A scan stores a folder's size negated; the exports give the bytes.
+    f.size = std::fabs(r.size);
     f.countOfDirs = r.countOfDirs;
     f.countOfFiles = r.countOfFiles;
     f.countOfFilesDirect = r.countOfFilesDirect;
     writer_.Folder(f);
+    ++progress_.folders;
     if (o_.fields.dirFiles) {
       for (ClassFile& file = dir.GetFileFirst(); !file.isEof(); dir.GetFileNext()) {
         File(file);
@@ -183,24 +211,57 @@ class Exporter {
     ExportFile f;
     f.id = r.id;
     f.name = Raw(r.name, &name_);
-    FullName(r.path, f.name);
-    f.fullName = full_;
+    // A scanned file's own path text is empty: its place is its folder's.
+    Join(dirFull_, f.name, &fileFull_);
+    f.fullName = fileFull_;
     f.notes = Raw(r.notes, &notes_);
     f.extra = Raw(r.extra, &extra_);
     f.date = r.date;
     f.attr = r.attr;
     f.size = r.size;
     writer_.File(f);
+    ++progress_.files;
   }
 
+  classData& data_;
   CatalogFile* file_;
   ExportWriter& writer_;
   const ExportOptions& o_;
   JobControl& job_;
   const bool ansi_;
   JobProgress progress_;
-  std::string name_, path_, full_, notes_, extra_, shown_;
+  std::string name_, path_, dirFull_, fileFull_, notes_, extra_, shown_;
 };
+
+// The writer of options.type, with its target opened: text formats through
+// out, the workbook through its own file.
+Status MakeExportWriter(const ExportOptions& options, const std::string& path, OutputWriter& out,
+                        std::unique_ptr<ExportWriter>* writer) {
+  switch (options.type) {
+    case ExportType::kSpreadsheet: {
+      auto xlsx = std::make_unique<XlsxExportWriter>(path, options.fields, options.sheetRows);
+      Status s = xlsx->Open();
+      if (s.ok()) *writer = std::move(xlsx);
+      return s;
+    }
+    case ExportType::kDelimited:
+      *writer = std::make_unique<CsvExportWriter>(out, options.fields);
+      break;
+    case ExportType::kXml:
+      *writer = std::make_unique<XmlExportWriter>(out, options.fields);
+      break;
+    case ExportType::kHtml:
+      *writer = std::make_unique<HtmlExportWriter>(out, options.fields);
+      break;
+    default:
+      return Status::InvalidArgument("Unknown export type " +
+                                     std::to_string(static_cast<int>(options.type)));
+  }
+  // The texts are already in the catalog's encoding (or, for an XML file of a
+  // Windows-1252 catalog, plain ASCII), or converted to UTF-8 by the writer:
+  // the output passes them through.
+  return out.Open(path, TextEncoding::kUtf8);
+}
 
 }  // namespace
 
@@ -216,15 +277,26 @@ std::string ExportExtraValue(std::string_view extra, int index) {
   return extra.empty() ? std::string() : GetExtraValue(extra, kExtraT1 + index);
 }
 
-std::unique_ptr<ExportWriter> MakeExportWriter(ExportType type, OutputWriter& out,
-                                               const ExportFields& fields) {
-  switch (type) {
-    case ExportType::kDelimited:
-      return std::make_unique<CsvExportWriter>(out, fields);
-    case ExportType::kXml:
-      return std::make_unique<XmlExportWriter>(out, fields);
+void ExportTextToUtf8(std::string_view stored, bool ansi, std::string* out) {
+  if (ansi) {
+    TextCodec::Windows1252ToUtf8(stored, out);
+  } else if (TextCodec::IsValidUtf8(stored)) {
+    out->assign(stored);
+  } else {
+    *out = TextCodec::ForDisplay(stored);
   }
-  return nullptr;
+}
+
+std::optional<ExportType> ExportTypeForPath(std::string_view path) {
+  const size_t dot = path.rfind('.');
+  if (dot == std::string_view::npos || path.find('/', dot) != std::string_view::npos) return {};
+  std::string ext(path.substr(dot + 1));
+  for (char& c : ext) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+  if (ext == "htm") return ExportType::kHtml;
+  for (int i = 0; i < kExportTypeCount; ++i) {
+    if (ext == kExportTypes[i].extension) return static_cast<ExportType>(i);
+  }
+  return {};
 }
 
 ExportResult basExport(classData& data, const std::string& path, const ExportOptions& options,
@@ -258,21 +330,21 @@ ExportResult basExport(classData& data, const std::string& path, const ExportOpt
     }
   }
 
-  // The texts are already in the catalog's encoding (or, for an XML file of a
-  // Windows-1252 catalog, plain ASCII): the writer passes them through.
   OutputWriter out;
-  result.status = out.Open(path, TextEncoding::kUtf8);
+  std::unique_ptr<ExportWriter> writer;
+  result.status = MakeExportWriter(options, path, out, &writer);
   if (!result.status.ok()) return result;
   if (options.type == ExportType::kXml) {
     result.stylesheetProblem = PlaceStylesheet(options.stylesheet, path);
   }
-  const std::unique_ptr<ExportWriter> writer = MakeExportWriter(options.type, out, options.fields);
   Exporter exporter(data, *writer, options, job);
   result.status = exporter.Run(ids);
   if (!result.status.ok()) {
     out.Abandon();
+    writer.reset();  // a workbook removes its own partial file
     return result;
   }
+  // Text formats are renamed into place here; the workbook did it in End().
   result.status = out.Close();
   return result;
 }

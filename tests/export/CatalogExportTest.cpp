@@ -31,7 +31,9 @@ std::string Lines(std::initializer_list<std::string> lines) {
 
 class CatalogExportTest : public CatalogTest {
  protected:
-  // A catalog of a disc with one folder holding one file, and a disc without folders.
+  // A catalog of a disc with one folder holding one file, and a disc without
+  // folders. The records are as a scan writes them: the file has no path text
+  // of its own, and the folder's size is stored negated.
   void Fill(const std::string& discName, const std::string& fileName,
             TextEncoding enc = TextEncoding::kUtf8) {
     OpenCatalog("c.cd", enc);
@@ -50,13 +52,12 @@ class CatalogExportTest : public CatalogTest {
     dir.SetDirPath("\\");
     dir.setDirDate(kMidnight2005);
     dir.setDirAttr(16);
-    dir.setDirSize(1234);
+    dir.setDirSize(-1234);
     dir.setDirCountOfFiles(1);
     dir.setDirCountOfFilesDirect(1);
     dir.GetFileAppendStart();
     ClassFile& f = dir.GetFileAppend();
     f.SetFileName(fileName);
-    f.setFilePath("\\Docs");
     f.setFileDate(kNoon2004);
     f.setFileSize(1234);
     f.setFileAttr(33);
@@ -250,7 +251,10 @@ TEST(XmlEscapeTest, EscapesInOrderWithoutDoubleEscaping) {
   const std::tuple<const char*, bool, const char*> cases[] = {
       {"a&b<c>d'e\"f&amp;", false, "a&amp;b&lt;c&gt;d&apos;e&quote;f&amp;amp;"},
       {"\x80\xE9\xFF\x7F", true, "&#x80;&#xE9;&#xFF;\x7F"},
-      {"\xC3\xA9", false, "\xC3\xA9"}};  // UTF-8 text is written as it is
+      {"\xC3\xA9", false, "\xC3\xA9"},  // UTF-8 text is written as it is
+      // What XML cannot hold: bytes that are not UTF-8 and control characters.
+      {"a\xFF\x01\tb\r\n", false, "a\xEF\xBF\xBD\xEF\xBF\xBD\tb\r\n"},
+      {"a\x01\x1F\t", true, "a??\t"}};
   for (const auto& [in, legacy, expected] : cases) {
     std::string out;
     AppendXmlEscaped(in, legacy, &out);

@@ -73,7 +73,22 @@ TEST_F(CliExportTest, ExportsAndMaintenanceCommandsWriteTheirFiles) {
   EXPECT_EQ(Run({"export", dir_.File("one.csv"), "--disc", std::to_string(discs_[0])}), 0);
   EXPECT_THAT(ReadFileBytes(dir_.File("one.csv")), ::testing::StartsWith("C, disc 0, "));
   EXPECT_EQ(Run({"export", dir_.File("x"), "--disc", "5"}), 1);
-  EXPECT_EQ(Run({"export", dir_.File("x"), "--format", "html"}), 2);
+  EXPECT_EQ(Run({"export", dir_.File("x"), "--format", "xls"}), 2);
+  // Each type by its extension or by --format.
+  const std::pair<std::vector<std::string>, std::string> types[] = {
+      {{"all.XLSX"}, "PK\x03\x04"},
+      {{"all.htm"}, "<!DOCTYPE html>"},
+      {{"all.html"}, "<!DOCTYPE html>"},
+      {{"page", "--format", "html"}, "<!DOCTYPE html>"},
+      {{"book", "--format", "xlsx"}, "PK\x03\x04"},
+      {{"lines", "--format", "csv"}, "C, disc 0, "}};
+  for (auto [args, start] : types) {
+    const std::string file = dir_.File(args[0]);
+    args[0] = file;
+    args.insert(args.begin(), "export");
+    EXPECT_EQ(Run(args), 0) << file;
+    EXPECT_THAT(ReadFileBytes(file), ::testing::StartsWith(start)) << file;
+  }
 
   EXPECT_EQ(Run({"backup", catalog_}), 1);
   EXPECT_EQ(Run({"backup", dir_.File("b.cd")}), 0);
