@@ -175,6 +175,8 @@ Status CatalogEditor::RenameFolder(int32_t id, const std::string& name, JobContr
     below.emplace_back(d.GetDirId(), newFull + std::string(trimmed.substr(oldFull.size())));
   }
   if (!data_->ok()) return data_->status();
+  // A stop is taken only before the first write.
+  if (job.StopRequested()) return Status::Cancelled();
   for (const auto& [dirId, newPath] : below) {
     if (!dir.MoveAbsolute(dirId) || !dir.SetDirPath(newPath)) return data_->status();
   }

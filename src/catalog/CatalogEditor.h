@@ -35,10 +35,10 @@ class CatalogEditor {
 
   // Renames a folder: its name, and the path text of every folder below it,
   // which names it. A walk of the folder's disc (a job: the progress reports
-  // count the folders read); it is not cancelled half-way, so that no folder
-  // is left with the old path. An empty name, or one holding "\" (the
-  // separator of the paths), is refused with kFolderNameRefusal; the top
-  // folder of a disc (no name) is renamed with the disc.
+  // count the folders read). A stop asked before the first write cancels it;
+  // once writing it goes to the end, so that no folder keeps the old path. An empty name, or one
+  // holding "\" (the separator of the paths), is refused with kFolderNameRefusal; the top folder of
+  // a disc (no name) is renamed with the disc.
   Status RenameFolder(int32_t id, const std::string& name, JobControl& job);
   Status SetFolderNotes(int32_t id, const std::string& notes);
   Status SetFileNotes(int32_t id, const std::string& notes);

@@ -102,6 +102,11 @@ TEST_F(EditorTest, AFolderRenameRewritesThePathsBelowItAndNothingElse) {
   EXPECT_TRUE(editor.RenameFolder(ids[0], "top", job).IsInvalidArgument())
       << "renamed with its disc";
   EXPECT_TRUE(editor.RenameFolder(ids[5] + 1, "z", job).IsNotFound());
+  std::stop_source stop;
+  stop.request_stop();
+  JobControl stopped(stop.get_token());
+  EXPECT_TRUE(editor.RenameFolder(ids[1], "beta", stopped).IsCancelled());
+  EXPECT_EQ(cur_.Disc(cd.GetCdId()).GetDirGoto(ids[2]).GetDirPath(), "alpha") << "nothing written";
 
   const int32_t cat = AddCategory("c");
   ASSERT_TRUE(editor.SetCategoryNotes(cat, "notes").ok());

@@ -11,6 +11,7 @@
 #include "app/AppFolder.h"
 #include "app/ErrorRoutine.h"
 #include "app/StartupSequence.h"
+#include "catalog/TextFormat.h"
 #include "ui/main/CommandHooks.h"
 #include "ui/main/GuiStartup.h"
 #include "ui/main/frmMenu.h"
@@ -23,6 +24,8 @@
 int main(int argc, char** argv) {
   using namespace gorvan;
   using namespace gorvan::ui;
+  // Dates are written in the user's locale, chosen before any thread starts.
+  SetDateLocaleFromEnvironment();
   const std::vector<std::string> given(argv + 1, argv + argc);
   if (GuiStartup::WantsHelp(given)) {
     std::fputs(GuiStartup::Usage(), stdout);
