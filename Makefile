@@ -1,7 +1,8 @@
 # Gorvan — top-level commands. Everything builds out of tree with CMake + Ninja.
 #   make deps    install the Debian packages that are missing (root or sudo)
 #   make         configure and build in build/
-#   make run     deps + build + start (gorvan-cli with ARGS until the desktop program exists)
+#   make run     deps + build + start the desktop program gorvan on the default catalog
+#   make cli     deps + build + run gorvan-cli with ARGS
 #   make test    deps + build + every test through ctest
 #   make bench   build and run the benchmarks (release build in build-bench/)
 #   WERROR=1     with any target: warnings are errors (as CI builds)
@@ -25,7 +26,7 @@ PACKAGES := cmake ninja-build pkg-config g++ clang libclang-rt-14-dev \
 
 SUDO := $(shell [ "$$(id -u)" = 0 ] || echo sudo)
 
-.PHONY: all deps configure build run test bench bench-build fuzz sanitize package clean
+.PHONY: all deps configure build run cli test bench bench-build fuzz sanitize package clean
 
 all: build
 
@@ -59,6 +60,9 @@ build: configure
 	cmake --build $(BUILD_DIR) -j $(JOBS)
 
 run: deps build
+	./$(BUILD_DIR)/src/ui/gorvan
+
+cli: deps build
 	./$(BUILD_DIR)/src/cli/gorvan-cli $(ARGS)
 
 test: deps build

@@ -83,7 +83,7 @@ AppFiles AppFiles::Fix() {
   f.reportTemplate = app("Gorvan.hxm");
   f.reportTemplate2 = app("Gorvan.hym");
   f.helpFile = Resources::File("help/index.html");
-  f.defaultCatalog = app(kDefaultCatalogName);
+  f.defaultCatalog = app(kDefaultCatalogFile);
   return f;
 }
 

@@ -28,7 +28,7 @@ namespace gorvan {
 
 class Prompt;
 
-inline constexpr const char* kDefaultCatalogName = "Gorvan.cd";
+inline constexpr const char* kDefaultCatalogFile = "Gorvan.cd";
 inline constexpr const char* kReminderLine2 = "Please download a newer version from our website";
 
 // The program's files. Writable ones live in the application folder,

@@ -1,5 +1,9 @@
 #include "catalog/CatalogEditor.h"
 
+#include <string_view>
+#include <utility>
+#include <vector>
+
 #include "catalog/CatalogRules.h"
 
 namespace gorvan {
@@ -59,9 +63,9 @@ Status CatalogEditor::MoveCategory(int32_t id, int32_t newParent) {
   Status s = newParent != 0 ? data_->FindCat(newParent, &cat) : Status::OK();
   if (s.ok()) s = data_->FindCat(id, &cat);
   if (!s.ok()) return s;
-  const std::string refusal =
-      CatalogRules::CheckMove(NodeKind::kCategory, newParent ? NodeKind::kCategory : NodeKind::kCatalog,
-                              newParent != 0 && IsSameOrAncestor(id, newParent));
+  const std::string refusal = CatalogRules::CheckMove(
+      NodeKind::kCategory, newParent ? NodeKind::kCategory : NodeKind::kCatalog,
+      newParent != 0 && IsSameOrAncestor(id, newParent));
   if (!refusal.empty()) return Status::InvalidArgument(refusal);
   cat.SetCatParentId(newParent);
   return Done();
@@ -71,9 +75,18 @@ Status CatalogEditor::DeleteCategory(int32_t id) {
   classCat cat = data_->CatCursor();
   Status s = data_->FindCat(id, &cat);
   if (!s.ok()) return s;
-  const std::string refusal = CatalogRules::CheckDelete(NodeKind::kCategory, CategoryHasChildren(id));
+  const std::string refusal =
+      CatalogRules::CheckDelete(NodeKind::kCategory, CategoryHasChildren(id));
   if (!refusal.empty()) return Status::InvalidArgument(refusal);
   if (!data_->GetCatDelete(id)) return data_->status();
+  return Done();
+}
+
+Status CatalogEditor::SetCategoryNotes(int32_t id, const std::string& notes) {
+  classCat cat = data_->CatCursor();
+  Status s = data_->FindCat(id, &cat);
+  if (!s.ok()) return s;
+  cat.SetCatNotes(notes);
   return Done();
 }
 
@@ -111,6 +124,64 @@ Status CatalogEditor::MoveDisc(int32_t id, int32_t category) {
       NodeKind::kDisc, category ? NodeKind::kCategory : NodeKind::kCatalog, false);
   if (!refusal.empty()) return Status::InvalidArgument(refusal);
   cd.setCdCategory(category);
+  return Done();
+}
+
+namespace {
+
+// A folder's place as the tree reads it: its parent path without leading and
+// trailing "\", then "\" and its name.
+std::string_view TrimSeparators(std::string_view path) {
+  while (!path.empty() && path.front() == '\\') path.remove_prefix(1);
+  while (!path.empty() && path.back() == '\\') path.remove_suffix(1);
+  return path;
+}
+
+std::string FullPath(std::string_view path, std::string_view name) {
+  const std::string_view parent = TrimSeparators(path);
+  return parent.empty() ? std::string(name) : std::string(parent) + "\\" + std::string(name);
+}
+
+}  // namespace
+
+Status CatalogEditor::RenameFolder(int32_t id, const std::string& name, JobControl& job) {
+  if (name.empty() || name.find('\\') != std::string::npos) {
+    return Status::InvalidArgument(kFolderNameRefusal);
+  }
+  classCd cd = data_->CdCursor();
+  Status s = data_->FindDir(id, &cd);
+  if (!s.ok()) return s;
+  classDir& dir = cd.dirs();
+  const std::string oldName = dir.GetDirName();
+  if (oldName.empty()) return Status::InvalidArgument(kFolderNameRefusal);
+  if (oldName == name) return Status::OK();
+  const std::string oldFull = FullPath(dir.GetDirPath(), oldName);
+  const std::string newFull = FullPath(dir.GetDirPath(), name);
+
+  // First every folder below, with its new path; then the writes, so that
+  // the walk never reads a chain that is being rewritten.
+  std::vector<std::pair<int32_t, std::string>> below;
+  JobProgress p;
+  p.maximum = cd.GetCdNumOfSubdirs();
+  std::string path;
+  for (classDir& d = cd.GetDirFirst(); !d.isEof(); d.MoveNext()) {
+    ++p.value;
+    if (job.Due()) job.Report(p);
+    path = d.GetDirPath();
+    const std::string_view trimmed = TrimSeparators(path);
+    if (trimmed.size() < oldFull.size() || trimmed.compare(0, oldFull.size(), oldFull) != 0)
+      continue;
+    if (trimmed.size() > oldFull.size() && trimmed[oldFull.size()] != '\\') continue;
+    below.emplace_back(d.GetDirId(), newFull + std::string(trimmed.substr(oldFull.size())));
+  }
+  if (!data_->ok()) return data_->status();
+  // A stop is taken only before the first write.
+  if (job.StopRequested()) return Status::Cancelled();
+  for (const auto& [dirId, newPath] : below) {
+    if (!dir.MoveAbsolute(dirId) || !dir.SetDirPath(newPath)) return data_->status();
+  }
+  if (!dir.MoveAbsolute(id) || !dir.SetDirName(name)) return data_->status();
+  job.Final(p);
   return Done();
 }
 

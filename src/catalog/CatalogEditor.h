@@ -8,10 +8,14 @@
 #include <cstdint>
 #include <string>
 
+#include "catalog/JobControl.h"
 #include "catalog/Status.h"
 #include "catalog/classData.h"
 
 namespace gorvan {
+
+inline constexpr const char* kFolderNameRefusal =
+    "A folder name can be neither empty nor hold a backslash (\\)";
 
 class CatalogEditor {
  public:
@@ -22,12 +26,20 @@ class CatalogEditor {
   Status RenameCategory(int32_t id, const std::string& name);
   Status MoveCategory(int32_t id, int32_t newParent);
   Status DeleteCategory(int32_t id);
+  Status SetCategoryNotes(int32_t id, const std::string& notes);
 
   Status DeleteDisc(int32_t id);
   Status RenameDisc(int32_t id, const std::string& name);
   Status SetDiscNotes(int32_t id, const std::string& notes);
   Status MoveDisc(int32_t id, int32_t category);
 
+  // Renames a folder: its name, and the path text of every folder below it,
+  // which names it. A walk of the folder's disc (a job: the progress reports
+  // count the folders read). A stop asked before the first write cancels it;
+  // once writing it goes to the end, so that no folder keeps the old path. An empty name, or one
+  // holding "\" (the separator of the paths), is refused with kFolderNameRefusal; the top folder of
+  // a disc (no name) is renamed with the disc.
+  Status RenameFolder(int32_t id, const std::string& name, JobControl& job);
   Status SetFolderNotes(int32_t id, const std::string& notes);
   Status SetFileNotes(int32_t id, const std::string& notes);
 

@@ -36,8 +36,10 @@ TEST(CatalogRulesTest, MessagesForEachRefusal) {
   EXPECT_EQ(CatalogRules::CheckRename(K::kFile),
             "You can only edit container names, cd names, folder names or the data name");
   EXPECT_EQ(CatalogRules::CheckRename(K::kCatalog), "");
-  EXPECT_EQ(CatalogRules::CheckEdit(K::kCategory), "You can only edit a cd or a folder from this option");
-  EXPECT_EQ(CatalogRules::CheckRescan(K::kFile), "You can only rescan a cd or a folder from this option");
+  EXPECT_EQ(CatalogRules::CheckEdit(K::kCategory),
+            "You can only edit a cd or a folder from this option");
+  EXPECT_EQ(CatalogRules::CheckRescan(K::kFile),
+            "You can only rescan a cd or a folder from this option");
   EXPECT_EQ(CatalogRules::CheckRescan(K::kFolder), "");
 }
 
@@ -56,8 +58,9 @@ TEST_F(EditorTest, CategoriesFollowTheRules) {
   EXPECT_EQ(s.message(), "A node can't be made a child of its own children.");
   EXPECT_FALSE(editor.MoveCategory(music, music).ok());
   s = editor.DeleteCategory(music);
-  EXPECT_EQ(s.message(),
-            "Cannot delete category because it contains children!! remove all children and try again");
+  EXPECT_EQ(
+      s.message(),
+      "Cannot delete category because it contains children!! remove all children and try again");
 
   const int32_t disc = AddDisc("d", 0, 0);
   ASSERT_TRUE(editor.MoveDisc(disc, jazz).ok());
@@ -69,6 +72,45 @@ TEST_F(EditorTest, CategoriesFollowTheRules) {
   EXPECT_EQ(data_.GetCatCount(), 0);
   EXPECT_TRUE(editor.DeleteDisc(disc + 1).IsNotFound()) << "only ids of live discs";
   ASSERT_TRUE(editor.DeleteDisc(disc).ok());
+}
+
+TEST_F(EditorTest, AFolderRenameRewritesThePathsBelowItAndNothingElse) {
+  OpenCatalog();
+  // top (no name) > a > a\b > a\b\c, and ab beside a (a prefix of no path below a).
+  classCd& cd = cur_.NewDisc();
+  const std::pair<const char*, const char*> folders[] = {{"", "\\"},    {"a", "\\"},  {"b", "a"},
+                                                         {"c", "a\\b"}, {"ab", "\\"}, {"d", "ab"}};
+  std::vector<int32_t> ids;
+  for (const auto& [name, path] : folders) {
+    classDir& dir = cd.GetDirAppend();
+    if (*name) dir.SetDirName(name);
+    dir.SetDirPath(path);
+    ids.push_back(dir.GetDirId());
+  }
+  cd.GetDirAppendFinish();
+  ASSERT_TRUE(cur_.CommitDisc());
+  CatalogEditor editor(&data_);
+  JobControl job;
+  ASSERT_TRUE(editor.RenameFolder(ids[1], "alpha", job).ok());
+  std::vector<std::string> paths;
+  for (classDir& d = cur_.Disc(cd.GetCdId()).GetDirFirst(); !d.isEof(); d.MoveNext()) {
+    paths.push_back(d.GetDirPath() + "|" + d.GetDirName());
+  }
+  EXPECT_EQ(paths, (std::vector<std::string>{"\\|", "\\|alpha", "alpha|b", "alpha\\b|c", "\\|ab",
+                                             "ab|d"}));
+  EXPECT_EQ(editor.RenameFolder(ids[2], "x\\y", job).message(), kFolderNameRefusal);
+  EXPECT_TRUE(editor.RenameFolder(ids[0], "top", job).IsInvalidArgument())
+      << "renamed with its disc";
+  EXPECT_TRUE(editor.RenameFolder(ids[5] + 1, "z", job).IsNotFound());
+  std::stop_source stop;
+  stop.request_stop();
+  JobControl stopped(stop.get_token());
+  EXPECT_TRUE(editor.RenameFolder(ids[1], "beta", stopped).IsCancelled());
+  EXPECT_EQ(cur_.Disc(cd.GetCdId()).GetDirGoto(ids[2]).GetDirPath(), "alpha") << "nothing written";
+
+  const int32_t cat = AddCategory("c");
+  ASSERT_TRUE(editor.SetCategoryNotes(cat, "notes").ok());
+  EXPECT_EQ(cur_.Cat(cat).GetCatNotes(), "notes");
 }
 
 TEST(PasswordCheckTest, ValidationTrimmingAndChanges) {

@@ -1,0 +1,10 @@
+// The features built into this program register their commands here, one
+// line each (see CommandHooks.h). Scanning, searching and exporting, and the
+// options, looks and help dialogs add theirs as they are built.
+#include "ui/main/CommandHooks.h"
+
+namespace gorvan::ui {
+
+void RegisterFeatures(CommandHooks& hooks) { (void)hooks; }
+
+}  // namespace gorvan::ui
