@@ -35,4 +35,9 @@ inline bool EqualsIgnoreCase(std::string_view a, std::string_view b) {
   return true;
 }
 
+// The order in which people expect names: ASCII letters compared case-blind
+// and runs of digits compared as numbers ("disc 9" before "disc 10"), other
+// bytes by value. Returns <0, 0 or >0.
+int NaturalCompare(std::string_view a, std::string_view b);
+
 }  // namespace gorvan

@@ -10,6 +10,7 @@
 #include "catalog/OleDate.h"
 #include "catalog/TextCodec.h"
 #include "catalog/TextFormat.h"
+#include "catalog/TextUtil.h"
 
 namespace gorvan::test {
 namespace {
@@ -139,6 +140,23 @@ TEST(FormatTest, NumbersAreIntegersBelow1e15ElseShortestWithUpperExponent) {
   EXPECT_EQ(FormatNumber(1.5e15), "1.5E+15");
   EXPECT_EQ(FormatNumber(1e15), "1E+15");
   EXPECT_EQ(FormatNumber(0.5), "0.5");
+}
+
+TEST(FormatTest, NamesSortCaseBlindWithNumbersByValue) {
+  struct Row {
+    const char* a;
+    const char* b;
+    int order;
+  } rows[] = {
+      {"disc 9", "disc 10", -1}, {"Disc 010", "disc 10", 0}, {"track2b", "TRACK2a", 1},
+      {"a", "ab", -1},           {"B", "a", 1},              {"x\xc3\xa9", "xz", 1},
+      {"99", "100", -1},         {"", "", 0},
+  };
+  const auto sign = [](int c) { return (c > 0) - (c < 0); };
+  for (const Row& r : rows) {
+    EXPECT_EQ(sign(NaturalCompare(r.a, r.b)), r.order) << r.a << " vs " << r.b;
+    EXPECT_EQ(sign(NaturalCompare(r.b, r.a)), -r.order) << r.b << " vs " << r.a;
+  }
 }
 
 TEST(OleDateTest, RoundTripsThroughLocalTime) {

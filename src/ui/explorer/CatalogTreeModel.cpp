@@ -1,8 +1,12 @@
 #include "ui/explorer/CatalogTreeModel.h"
 
+#include <algorithm>
+#include <vector>
+
 #include <QMimeData>
 #include <QTimer>
 
+#include "catalog/TextUtil.h"
 #include "ui/explorer/ItemMime.h"
 #include "ui/session/CatalogReads.h"
 #include "ui/session/CatalogSession.h"
@@ -234,7 +238,13 @@ void CatalogTreeModel::MakeFolders(Node* node) {
   node->childrenMade = true;
   const int32_t from = node->kind == NodeKind::kDisc ? tree->root() : node->treeNode;
   if (from == DiscTree::kNone) return;
-  const std::span<const int32_t> kids = tree->children(from);
+  // Folders show in name order, as in a file manager; the chain keeps them
+  // in the order the scan met them.
+  const std::span<const int32_t> stored = tree->children(from);
+  std::vector<int32_t> kids(stored.begin(), stored.end());
+  std::sort(kids.begin(), kids.end(), [&](int32_t a, int32_t b) {
+    return NaturalCompare(tree->name(a), tree->name(b)) < 0;
+  });
   if (kids.empty()) {
     // The arrow of an item that turned out empty goes.
     const QModelIndex at = IndexOfNode(node);

@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "catalog/ExtraData.h"
+#include "catalog/TextUtil.h"
 #include "ui/explorer/ItemMime.h"
 #include "ui/session/CatalogReads.h"
 #include "ui/session/CatalogSession.h"
@@ -15,7 +16,6 @@ namespace gorvan::ui {
 
 struct FileListModel::Entry {
   EntryRow row;
-  std::string key;         // the name folded for sorting
   Entry* owner = nullptr;  // the entry this one is under; null at the top
   int pos = 0;             // its row in the sorted order
   std::unique_ptr<Level> kids;
@@ -50,40 +50,6 @@ int ExtraIndexOf(int column, NodeKind kind) {
     default:
       return -1;
   }
-}
-
-std::string Fold(const std::string& name) {
-  std::string key = name;
-  for (char& c : key) {
-    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-  }
-  return key;
-}
-
-// Case-blind (keys are folded) with runs of digits compared as numbers.
-int NaturalCompare(const std::string& a, const std::string& b) {
-  size_t i = 0, j = 0;
-  while (i < a.size() && j < b.size()) {
-    const bool da = a[i] >= '0' && a[i] <= '9', db = b[j] >= '0' && b[j] <= '9';
-    if (da && db) {
-      size_t ei = i, ej = j;
-      while (ei < a.size() && a[ei] == '0') ++ei;
-      while (ej < b.size() && b[ej] == '0') ++ej;
-      size_t ni = ei, nj = ej;
-      while (ni < a.size() && a[ni] >= '0' && a[ni] <= '9') ++ni;
-      while (nj < b.size() && b[nj] >= '0' && b[nj] <= '9') ++nj;
-      if (ni - ei != nj - ej) return ni - ei < nj - ej ? -1 : 1;
-      if (const int c = a.compare(ei, ni - ei, b, ej, nj - ej); c != 0) return c;
-      i = ni;
-      j = nj;
-      continue;
-    }
-    if (a[i] != b[j])
-      return static_cast<unsigned char>(a[i]) < static_cast<unsigned char>(b[j]) ? -1 : 1;
-    ++i;
-    ++j;
-  }
-  return (a.size() - i) < (b.size() - j) ? -1 : (a.size() - i) > (b.size() - j) ? 1 : 0;
 }
 
 int KindRank(NodeKind k) {
@@ -123,7 +89,6 @@ std::unique_ptr<FileListModel::Level> FileListModel::MakeLevel(std::vector<Entry
   level->order.resize(rows.size());
   for (size_t i = 0; i < rows.size(); ++i) {
     Entry& e = level->entries[i];
-    e.key = Fold(rows[i].name);
     e.row = std::move(rows[i]);
     e.owner = owner;
     level->order[i] = static_cast<int32_t>(i);
@@ -158,11 +123,11 @@ void FileListModel::SortLevel(Level& level, int column, Qt::SortOrder order) {
         break;
       default: {
         const int index = ExtraIndexOf(column, a.row.kind);
-        c = NaturalCompare(Fold(GetExtraValue(a.row.extra, index)),
-                           Fold(GetExtraValue(b.row.extra, ExtraIndexOf(column, b.row.kind))));
+        c = NaturalCompare(GetExtraValue(a.row.extra, index),
+                           GetExtraValue(b.row.extra, ExtraIndexOf(column, b.row.kind)));
       }
     }
-    if (c == 0) c = NaturalCompare(a.key, b.key);
+    if (c == 0) c = NaturalCompare(a.row.name, b.row.name);
     return descending ? c > 0 : c < 0;
   });
   for (size_t r = 0; r < level.order.size(); ++r) {
