@@ -89,7 +89,7 @@ bench: bench-build
 fuzz: deps
 	CC=clang CXX=clang++ cmake -S . -B build-fuzz -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo \
 	  -DGORVAN_TESTS=OFF -DGORVAN_FUZZ=ON $(OPTIONS)
-	cmake --build build-fuzz -j $(JOBS)
+	cmake --build build-fuzz -j $(JOBS) --target fuzzers
 	@for f in build-fuzz/fuzz/fuzz_*; do \
 	  echo "== $$f for $(FUZZ_SECONDS) s"; \
 	  mkdir -p build-fuzz/corpus/$$(basename $$f); \
