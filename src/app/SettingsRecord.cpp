@@ -143,6 +143,19 @@ bool SettingsRecord::Parse(SettingType type, const std::string& text, int32_t* n
   return true;
 }
 
+std::string SettingsRecord::Text(const std::string& key) const {
+  const Field* f = FieldOf(key);
+  return f ? TextOf(*this, *f) : std::string();
+}
+
+bool SettingsRecord::SetText(const std::string& key, const std::string& text) {
+  const Field* f = FieldOf(key);
+  int32_t number = 0;
+  if (!f || !Parse(f->type, text, &number)) return false;
+  SetFrom(*this, *f, text);
+  return true;
+}
+
 const std::vector<SettingKey>& SettingsRecord::Keys() {
   static const std::vector<SettingKey> keys = [] {
     std::vector<SettingKey> out;

@@ -119,6 +119,13 @@ class SettingsRecord {
   // "back_09"): currentBackground when skins are off and it is 1 to 9, else 0.
   int BackgroundPicture() const;
 
+  // The value of a "Switches" key of Keys() as it is stored ("True", "12",
+  // "Arial"); "" for a key the record does not know.
+  std::string Text(const std::string& key) const;
+  // Sets the field of a key of Keys() from stored text. false for a key the
+  // record does not know or a number that does not parse (the field stays).
+  bool SetText(const std::string& key, const std::string& text);
+
   // The "Switches" keys Load reads, in its order, with their types and defaults.
   static const std::vector<SettingKey>& Keys();
   // The keys Save writes, in its order ("lEnableSkinSupport " among them).

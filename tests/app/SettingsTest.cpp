@@ -225,6 +225,29 @@ TEST(SettingsRecordTest, SaveWritesItsOrderAndNeverCarriesTheSkinSwitch) {
   EXPECT_FALSE(loaded.lShellIntegration);
 }
 
+TEST(SettingsRecordTest, KeysReadAndWriteTheirFieldsAsStoredText) {
+  SettingsRecord r;
+  // Every key reads back what it was given, in its stored form.
+  for (const SettingKey& k : SettingsRecord::Keys()) {
+    const std::string value = k.type == SettingType::kBool      ? "False"
+                              : k.type == SettingType::kText    ? "some " + k.key
+                              : k.type == SettingType::kColour ? "4294967295"
+                                                                : "-7";
+    ASSERT_TRUE(r.SetText(k.key, value)) << k.key;
+    EXPECT_EQ(r.Text(k.key), k.type == SettingType::kColour ? "-1" : value) << k.key;
+  }
+  EXPECT_EQ(r.lNotifyBackup, false);
+  EXPECT_EQ(r.freeDbUrl, "some FreeDbUrl");
+  EXPECT_EQ(r.startupDriveSelect, -7);
+  // The save routine's spelling of the skin switch names the same field.
+  EXPECT_EQ(r.Text("lEnableSkinSupport "), "False");
+  // A number that does not parse, or a key the record does not know, changes nothing.
+  EXPECT_FALSE(r.SetText("CurrentBackground", "7a"));
+  EXPECT_EQ(r.currentBackground, -7);
+  EXPECT_FALSE(r.SetText("NoSuchKey", "True"));
+  EXPECT_EQ(r.Text("NoSuchKey"), "");
+}
+
 TEST(SettingsRecordTest, ADamagedStoreKeepsWhatReadsAndAnUnwritableOneLogs) {
   test::FreshUser user;
   const std::string file = StoreFile();

@@ -39,6 +39,7 @@ frmMenu::frmMenu(CatalogSession& session, const CommandHooks& hooks, QWidget* pa
 
   explorerMode_ = UiSettings::ViewModeExplorer();
   command(QStringLiteral("mnuViewExplorer"))->setChecked(explorerMode_);
+  ViewListStyle(static_cast<ListStyle>(UiSettings::ListStyle()));
 
   connect(&session_, &CatalogSession::opened, this, [this] {
     UpdateCaption();

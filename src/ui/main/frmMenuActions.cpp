@@ -9,6 +9,7 @@
 #include "ui/main/StatusPanels.h"
 #include "ui/main/frmMenu.h"
 #include "ui/session/CatalogSession.h"
+#include "ui/session/UiSettings.h"
 #include "ui/widgets/ThemeIcons.h"
 
 namespace gorvan::ui {
@@ -192,8 +193,12 @@ void frmMenu::CreateActions() {
 
   QAction* panels = command(QStringLiteral("mnuViewPanels"));
   panels->setCheckable(true);
-  panels->setChecked(true);
-  connect(panels, &QAction::toggled, this, [this](bool on) { statusBar()->setVisible(on); });
+  panels->setChecked(UiSettings::ShowPanels());
+  statusBar()->setVisible(panels->isChecked());
+  connect(panels, &QAction::toggled, this, [this](bool on) {
+    statusBar()->setVisible(on);
+    UiSettings::SetShowPanels(on);
+  });
 
   for (const QString& name : CommandHooks::FeatureCommands()) {
     connect(command(name), &QAction::triggered, this, [this, name] { RunCommand(name); });

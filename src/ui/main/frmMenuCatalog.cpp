@@ -56,6 +56,9 @@ void frmMenu::ViewExplorer(bool explorer) {
 
 void frmMenu::ViewListStyle(ListStyle style) {
   listStyle_ = style;
+  if (UiSettings::ListStyle() != static_cast<int>(style)) {
+    UiSettings::SetListStyle(static_cast<int>(style));
+  }
   static const char* const kNames[] = {"LargeIcons", "SmallIcons", "List", "Details"};
   const QString suffix = QLatin1String(kNames[static_cast<int>(style)]);
   command(QStringLiteral("mnuView") + suffix)->setChecked(true);

@@ -16,6 +16,8 @@
 #include "ui/main/GuiStartup.h"
 #include "ui/main/frmMenu.h"
 #include "ui/main/frmSplash.h"
+#include "ui/options/OptionsCommands.h"
+#include "ui/options/ProgramState.h"
 #include "ui/session/CatalogSession.h"
 #include "ui/widgets/QtPrompt.h"
 #include "ui/widgets/ThemeIcons.h"
@@ -63,6 +65,8 @@ int main(int argc, char** argv) {
     font.setFamily(Qs(start.interfaceFont));
     QApplication::setFont(font);
   }
+  ProgramState::Install(&startup.settings(), &startup.iconMap(), &startup.shell(), start.files);
+  ApplyLooksAtStart(prompt);
   ErrorRoutine errors(prompt, startup.settings());
   errors.InstallAsErrorSink();
 
@@ -73,5 +77,6 @@ int main(int argc, char** argv) {
   prompt.SetParent(&window);
   errors.SetReturnToMainWindow([&window] { window.activateWindow(); });
   window.MenuStart(start.catalogPath, Qs(start.scanPath), &splash);
+  OptionsWindowStarted(window);
   return QApplication::exec();
 }

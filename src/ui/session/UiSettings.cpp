@@ -60,6 +60,19 @@ void UiSettings::SetViewModeExplorer(bool explorer) {
   SettingsStore::PutBool(kStartup, "ViewModeExplorer", explorer);
 }
 
+int UiSettings::ListStyle() {
+  const std::optional<int> style = Number("ListStyle");
+  return style && *style >= 0 && *style <= 3 ? *style : 3;
+}
+
+void UiSettings::SetListStyle(int style) {
+  SettingsStore::PutText(kStartup, "ListStyle", std::to_string(style));
+}
+
+bool UiSettings::ShowPanels() { return SettingsStore::GetBool(kStartup, "ShowPanels", true); }
+
+void UiSettings::SetShowPanels(bool show) { SettingsStore::PutBool(kStartup, "ShowPanels", show); }
+
 bool UiSettings::Switch(const std::string& key) {
   // The default is the settings record's, for the keys it knows.
   const SettingKey* known = SettingsRecord::Find(kSwitches, key);

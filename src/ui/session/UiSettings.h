@@ -38,6 +38,14 @@ class UiSettings {
   static bool ViewModeExplorer();
   static void SetViewModeExplorer(bool explorer);
 
+  // The explorer list's style ("Startup"/"ListStyle": 0 large icons, 1 small
+  // icons, 2 list, 3 details; default 3) and whether the status panels show
+  // ("Startup"/"ShowPanels", default True).
+  static int ListStyle();
+  static void SetListStyle(int style);
+  static bool ShowPanels();
+  static void SetShowPanels(bool show);
+
   // A "Switches" bool, read afresh from the store (a prompt switched off a
   // moment ago stays off), with the settings record's default for the key
   // (True for the keys the record does not know).

@@ -72,12 +72,23 @@ QIcon ThemeIcons::Catalog() { return FirstOf({"x-office-address-book", "system-f
 
 QIcon ThemeIcons::Folder() { return FirstOf({"folder", "inode-directory"}); }
 
+static QHash<QString, QIcon>& UserFileIcons() {
+  static QHash<QString, QIcon> icons;
+  return icons;
+}
+
+void ThemeIcons::SetFileTypeIcons(const QHash<QString, QIcon>& icons) { UserFileIcons() = icons; }
+
 QIcon ThemeIcons::File(std::string_view name) {
   static QHash<QString, QIcon> byExtension;
   static QMimeDatabase mime;
   const size_t dot = name.rfind('.');
   const QString ext =
       dot == std::string_view::npos || dot == 0 ? QString() : Qs(name.substr(dot + 1)).toLower();
+  if (!ext.isEmpty()) {
+    auto mine = UserFileIcons().constFind(ext);
+    if (mine != UserFileIcons().constEnd()) return *mine;
+  }
   auto it = byExtension.constFind(ext);
   if (it != byExtension.constEnd()) return *it;
   QIcon icon;

@@ -7,6 +7,7 @@
 //
 // Thread contract: the GUI thread.
 
+#include <QHash>
 #include <QIcon>
 #include <string_view>
 
@@ -24,8 +25,12 @@ class ThemeIcons {
   static QIcon Category();
   static QIcon Catalog();
   static QIcon Folder();
-  // The icon of a file's type, by its name's extension.
+  // The icon of a file's type, by its name's extension: the one the user
+  // gave the extension (SetFileTypeIcons) before the type's own.
   static QIcon File(std::string_view name);
+  // The icons the user gave extensions (the icon map), by lower-case
+  // extension without the dot; replaces the previous ones.
+  static void SetFileTypeIcons(const QHash<QString, QIcon>& icons);
 };
 
 }  // namespace gorvan::ui
