@@ -11,8 +11,10 @@
 #include <QPushButton>
 #include <QStatusBar>
 #include <QStyle>
+#include <QTreeView>
 
 #include "app/SettingsStore.h"
+#include "ui/ExplorerFixture.h"
 #include "ui/OptionsFixture.h"
 #include "ui/looks/Backgrounds.h"
 #include "ui/looks/Skins.h"
@@ -212,6 +214,37 @@ TEST(Looks, NineBackgroundsDifferInLightAndDark) {
     }
   }
   EXPECT_TRUE(ui::Backgrounds::Name(0).isEmpty());
+}
+
+TEST_F(OptionsTest, ExplorerOnADarkDesktopAndInTheDarkSkin) {
+  BuildSample(dir.File("sample.cd"));
+  Start(dir.File("sample.cd"));
+  auto* browse = qobject_cast<ui::frmBrowse2*>(window->activeView());
+  ASSERT_TRUE(browse);
+  ui::CatalogTreeModel* tree = browse->treeModel();
+  const QModelIndex photos = tree->index(0, 0, tree->CatalogIndex()).siblingAtRow(1);
+  browse->tree()->expandAll();
+  Idle();
+  for (int r = 0; r < tree->rowCount(photos); ++r) {
+    browse->tree()->setCurrentIndex(tree->index(r, 0, photos));
+  }
+  Idle();
+  window->resize(1000, 560);
+  // A dark desktop without a skin: the desktop's palette, made right.
+  QPalette dark;
+  dark.setColor(QPalette::Window, QColor(0x2d, 0x2d, 0x2d));
+  dark.setColor(QPalette::WindowText, QColor(0xe8, 0xe8, 0xe8));
+  dark.setColor(QPalette::Base, QColor(0x1c, 0x1c, 0x1c));
+  dark.setColor(QPalette::Text, QColor(0xe8, 0xe8, 0xe8));
+  dark.setColor(QPalette::Button, QColor(0x35, 0x35, 0x35));
+  dark.setColor(QPalette::ButtonText, QColor(0xe8, 0xe8, 0xe8));
+  dark.setColor(QPalette::AlternateBase, QColor(0xf7, 0xf7, 0xf7));
+  QApplication::setPalette(Looks::FollowDark(dark));
+  Screenshot(window.get(), "frmMenu-dark-desktop");
+  SettingsRecord skin;
+  skin.skinName = "Dark";
+  EXPECT_EQ(Looks::ApplySkin(skin), QString());
+  Screenshot(window.get(), "frmMenu-skin-dark-catalog");
 }
 
 TEST_F(OptionsTest, ListStyleAndPanelsAreRemembered) {

@@ -70,13 +70,17 @@ frmIconMaint::frmIconMaint(IconMap& map, const QString& mapFile, Prompt& prompt,
   note->setObjectName(QStringLiteral("lblNote"));
   note->setWordWrap(true);
   const int broken = BrokenLines(mapFile_);
-  note->setText(
-      broken == 0
-          ? tr("Files of these types show these icons in the explorer and the search results.")
-          : tr("%n line(s) of %1 are no \"extension,icon\" entry: they are left out and go when "
-               "the map is saved.",
-               nullptr, broken)
-                .arg(QLatin1String(kIconMapName)));
+  if (broken == 0) {
+    note->setText(
+        tr("Files of these types show these icons in the explorer and the search results."));
+  } else {
+    note->setText((broken == 1 ? tr("1 line of %1 is no \"extension,icon\" entry: it is left out "
+                                    "and goes when the map is saved.")
+                               : tr("%1 lines of %2 are no \"extension,icon\" entry: they are "
+                                    "left out and go when the map is saved.")
+                                     .arg(broken))
+                      .arg(QLatin1String(kIconMapName)));
+  }
 
   auto* add = new QPushButton(tr("&Add"));
   add->setObjectName(QStringLiteral("btnAdd"));

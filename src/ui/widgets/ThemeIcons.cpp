@@ -1,13 +1,55 @@
 #include "ui/widgets/ThemeIcons.h"
 
+#include <QGuiApplication>
 #include <QHash>
+#include <QIconEngine>
 #include <QMimeDatabase>
+#include <QPainter>
+#include <QPalette>
 #include <QStandardPaths>
 
 #include "ui/widgets/UiText.h"
 
 namespace gorvan::ui {
 namespace {
+
+// A symbolic icon drawn in the palette's text colour at the moment it is
+// painted, as the desktop draws them: dark on a light palette, light on a
+// dark one (a symbolic icon's own grey is lost on a dark window).
+class SymbolicIconEngine final : public QIconEngine {
+ public:
+  explicit SymbolicIconEngine(QIcon base) : base_(std::move(base)) {}
+  void paint(QPainter* painter, const QRect& rect, QIcon::Mode mode, QIcon::State state) override {
+    const qreal ratio = painter->device() ? painter->device()->devicePixelRatioF() : 1.0;
+    QPixmap pm = pixmap(rect.size() * ratio, mode, state);
+    pm.setDevicePixelRatio(ratio);
+    painter->drawPixmap(rect, pm);
+  }
+  QPixmap pixmap(const QSize& size, QIcon::Mode mode, QIcon::State state) override {
+    QPixmap pm = base_.pixmap(size, QIcon::Normal, state);
+    if (pm.isNull()) return pm;
+    const QPalette palette = QGuiApplication::palette();
+    const QColor colour = mode == QIcon::Disabled
+                              ? palette.color(QPalette::Disabled, QPalette::WindowText)
+                          : mode == QIcon::Selected ? palette.color(QPalette::HighlightedText)
+                                                    : palette.color(QPalette::WindowText);
+    QPainter p(&pm);
+    p.setCompositionMode(QPainter::CompositionMode_SourceIn);
+    p.fillRect(pm.rect(), colour);
+    return pm;
+  }
+  QSize actualSize(const QSize& size, QIcon::Mode mode, QIcon::State state) override {
+    return base_.actualSize(size, mode, state);
+  }
+  QList<QSize> availableSizes(QIcon::Mode mode, QIcon::State state) override {
+    return base_.availableSizes(mode, state);
+  }
+  QIconEngine* clone() const override { return new SymbolicIconEngine(base_); }
+  QString key() const override { return QStringLiteral("GorvanSymbolic"); }
+
+ private:
+  QIcon base_;
+};
 
 QIcon FirstOf(std::initializer_list<const char*> names) {
   for (const char* name : names) {
@@ -49,7 +91,10 @@ QIcon ThemeIcons::Named(const char* name) {
   // "a|b": the first of the names the theme has.
   for (const QString& one : key.split(QLatin1Char('|'))) {
     icon = QIcon::fromTheme(one);
-    if (icon.isNull()) icon = QIcon::fromTheme(one + QStringLiteral("-symbolic"));
+    if (icon.isNull()) {
+      const QIcon symbolic = QIcon::fromTheme(one + QStringLiteral("-symbolic"));
+      if (!symbolic.isNull()) icon = QIcon(new SymbolicIconEngine(symbolic));
+    }
     if (!icon.isNull()) break;
   }
   cache.insert(key, icon);

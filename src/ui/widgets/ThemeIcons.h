@@ -18,7 +18,7 @@ class ThemeIcons {
   // Makes the fallback theme known; call once after the application exists.
   static void Setup();
   // A theme icon by name ("a|b": the first the theme has); the "-symbolic"
-  // variant when the theme has only that.
+  // variant when the theme has only that, drawn in the palette's text colour.
   static QIcon Named(const char* name);
   // The icon of a disc: its icon key ("cdrom", "audiocd", "removable", ...).
   static QIcon Disc(std::string_view iconKey);
