@@ -46,23 +46,21 @@ frmSkins::frmSkins(SettingsRecord& settings, QWidget* parent)
   list_->setObjectName(QStringLiteral("lstSkins"));
   auto* none = new QListWidgetItem(tr("None: follow the desktop"), list_);
   none->setData(Qt::UserRole, QString());
+  auto* standard = new QListWidgetItem(Skins::DisplayName(QLatin1String(kDefaultSkinName)), list_);
+  standard->setData(Qt::UserRole, QLatin1String(kDefaultSkinName));
   for (const Skins::Skin& s : Skins::List()) {
     auto* item = new QListWidgetItem(
         s.shipped ? s.name : tr("%1 (yours)").arg(Skins::DisplayName(s.name)), list_);
     item->setData(Qt::UserRole, s.name);
     item->setData(Qt::UserRole + 1, s.path);
   }
-  const QString current = settings_.skinSupportEnabled ? Qs(settings_.skinName) : QString();
+  const QString current = !settings_.skinSupportEnabled ? QString()
+                          : settings_.skinName.empty()  ? QLatin1String(kDefaultSkinName)
+                                                        : Qs(settings_.skinName);
   list_->setCurrentRow(0);
   for (int i = 0; i < list_->count(); ++i) {
     const QString name = list_->item(i)->data(Qt::UserRole).toString();
     if (name.compare(current, Qt::CaseInsensitive) == 0) list_->setCurrentRow(i);
-  }
-  // The default name stands for the light or dark skin.
-  if (current == QLatin1String(kDefaultSkinName)) {
-    auto* item = new QListWidgetItem(Skins::DisplayName(current), list_);
-    item->setData(Qt::UserRole, current);
-    list_->setCurrentItem(item);
   }
   preview_ = new QLabel;
   preview_->setObjectName(QStringLiteral("lblPreview"));
