@@ -111,6 +111,11 @@ TEST_F(HelpTest, ManualOpensInTheBrowserAndItsPagesHoldTogether) {
     }
   }
 
+  // A manual that is missing: said so, nothing is opened.
+  EXPECT_FALSE(ui::Manual::Open(prompt, QString::fromStdString(dir.File("gone/index.html"))));
+  EXPECT_NE(prompt.LastText().find("The manual is not installed"), std::string::npos);
+  EXPECT_EQ(opened.size(), 1);
+
   // A desktop that starts no browser: the user is told where the manual is.
   ui::Manual::SetOpener([](const QUrl&) { return false; });
   Trigger("mnuHelpContents");

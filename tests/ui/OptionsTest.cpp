@@ -161,6 +161,9 @@ TEST_F(OptionsTest, EverySettingRoundTripsThroughTheDialogAndEveryChangeIsSaved)
   }
   EXPECT_EQ(SettingsStore::GetText("Fonts", "Default"), expected["DefaultFont"])
       << "the interface font of the next start";
+  // The look follows at once: the skin chosen, the font chosen.
+  EXPECT_EQ(ui::Looks::CurrentSkin(), QStringLiteral("Light"));
+  EXPECT_EQ(QApplication::font().family().toStdString(), expected["DefaultFont"]);
 }
 
 TEST_F(OptionsTest, CancelWritesNothingAndTheDialogOpensOnce) {
@@ -306,6 +309,11 @@ TEST_F(OptionsTest, ScreenshotsOfEveryTab) {
   Screenshot(dialog, "frmOptions-1-dark");
   dialog->tabs()->setCurrentIndex(4);
   Screenshot(dialog, "frmOptions-5-dark");
+  SettingsRecord contrast;
+  contrast.skinName = "High Contrast";
+  EXPECT_EQ(ui::Looks::ApplySkin(contrast), QString());
+  dialog->tabs()->setCurrentIndex(2);
+  Screenshot(dialog, "frmOptions-3-high-contrast");
 }
 
 }  // namespace

@@ -24,9 +24,10 @@ QString Manual::Path() {
 
 void Manual::SetOpener(Opener opener) { TheOpener() = std::move(opener); }
 
-bool Manual::Open(Prompt& prompt) {
-  const QString path = Path();
-  if (path.isEmpty()) {
+bool Manual::Open(Prompt& prompt) { return Open(prompt, Path()); }
+
+bool Manual::Open(Prompt& prompt, const QString& path) {
+  if (path.isEmpty() || !QFileInfo(path).isFile()) {
     prompt.Message(Std(QObject::tr("The manual is not installed: Gorvan looks for it as "
                                    "help/index.html in its share/gorvan folder.")),
                    PromptIcon::kWarning);

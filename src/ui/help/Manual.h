@@ -20,6 +20,8 @@ class Manual {
   // Opens the manual's first page; false when it could not be shown (the
   // user was told why).
   static bool Open(Prompt& prompt);
+  // Opens the manual page at path ("" or a file that is gone: not installed).
+  static bool Open(Prompt& prompt, const QString& path);
   // The manual's first page; "" when it is not installed.
   static QString Path();
   // Who opens addresses: the desktop's browser unless a test says otherwise.
