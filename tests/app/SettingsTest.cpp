@@ -229,10 +229,10 @@ TEST(SettingsRecordTest, KeysReadAndWriteTheirFieldsAsStoredText) {
   SettingsRecord r;
   // Every key reads back what it was given, in its stored form.
   for (const SettingKey& k : SettingsRecord::Keys()) {
-    const std::string value = k.type == SettingType::kBool      ? "False"
-                              : k.type == SettingType::kText    ? "some " + k.key
+    const std::string value = k.type == SettingType::kBool     ? "False"
+                              : k.type == SettingType::kText   ? "some " + k.key
                               : k.type == SettingType::kColour ? "4294967295"
-                                                                : "-7";
+                                                               : "-7";
     ASSERT_TRUE(r.SetText(k.key, value)) << k.key;
     EXPECT_EQ(r.Text(k.key), k.type == SettingType::kColour ? "-1" : value) << k.key;
   }

@@ -50,7 +50,9 @@ int main(int argc, char** argv) {
   splash.show();
   QApplication::processEvents();
 
-  QtPrompt prompt;
+  // The start-up's questions (the first run's skin question, the old-version
+  // reminder) show in front of the splash.
+  QtPrompt prompt(&splash);
   ErrorRoutine::InstallOutOfMemoryHandler(&prompt);
   StartupHooks startupHooks;
   startupHooks.fontInstalled = [](const std::string& family) {
