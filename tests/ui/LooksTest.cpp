@@ -3,6 +3,7 @@
 // desktop's look and says so once, the skin designer writes a skin that
 // loads, a dark desktop palette is made right for the views, the nine
 // backgrounds differ, and the list style and the panels are remembered.
+#include <QAbstractItemView>
 #include <QDir>
 #include <QFile>
 #include <QLineEdit>
@@ -12,6 +13,7 @@
 #include <QStatusBar>
 #include <QStyle>
 #include <QTreeView>
+#include <fstream>
 
 #include "app/SettingsStore.h"
 #include "ui/ExplorerFixture.h"
@@ -245,6 +247,42 @@ TEST_F(OptionsTest, ExplorerOnADarkDesktopAndInTheDarkSkin) {
   skin.skinName = "Dark";
   EXPECT_EQ(Looks::ApplySkin(skin), QString());
   Screenshot(window.get(), "frmMenu-skin-dark-catalog");
+}
+
+TEST_F(OptionsTest, BackgroundShowsBehindTheViewsTheIniFileAllows) {
+  // "Background" on, the tree's picture off.
+  std::ofstream(state().files().iniFile) << "[Switches]\nBackgroundTree=False\n";
+  SettingsStore::PutText(kSwitches, "SkinSupportEnabled", "False");
+  SettingsStore::PutText(kSwitches, "CurrentBackground", "9");
+  BuildSample(dir.File("sample.cd"));
+  ui::ProgramState::Reset();
+  Start(dir.File("sample.cd"));
+  ui::ReapplyLooks(*window);
+  auto texture = [this](const char* view) {
+    return Find<QAbstractItemView>(view)
+        ->viewport()
+        ->palette()
+        .brush(QPalette::Base)
+        .textureImage();
+  };
+  const QImage nine =
+      ui::Backgrounds::Brush(9, QApplication::palette(), QPalette::Base).textureImage();
+  EXPECT_FALSE(nine.isNull());
+  EXPECT_EQ(texture("lvwFiles"), nine);
+  EXPECT_EQ(texture("lvwFilesIcons"), nine);
+  EXPECT_TRUE(texture("tvwCatalog").isNull()) << "BackgroundTree=False";
+  window->resize(900, 500);
+  Screenshot(window.get(), "frmMenu-background-9");
+
+  // The disc list opened later gets it as well; a skin takes it away.
+  Trigger("mnuCDShowList");
+  Idle();
+  EXPECT_EQ(texture("lvwDiscs"), nine);
+  state().settings().skinSupportEnabled = true;
+  state().settings().skinName = "Dark";
+  ui::ReapplyLooks(*window);
+  EXPECT_TRUE(texture("lvwFiles").isNull());
+  EXPECT_TRUE(texture("lvwDiscs").isNull());
 }
 
 TEST_F(OptionsTest, ListStyleAndPanelsAreRemembered) {

@@ -54,8 +54,8 @@ QString Backgrounds::Name(int n) {
   return QCoreApplication::translate("Backgrounds", kNames[n - 1]);
 }
 
-QBrush Backgrounds::Brush(int n, const QPalette& palette) {
-  const QColor window = palette.color(QPalette::Window);
+QBrush Backgrounds::Brush(int n, const QPalette& palette, QPalette::ColorRole role) {
+  const QColor window = palette.color(role);
   const QColor ground = Shade(window, 0.06);
   const QColor line = Shade(window, 0.13);
   const QColor accent = palette.color(QPalette::Highlight);

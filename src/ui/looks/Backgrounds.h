@@ -18,9 +18,11 @@ class Backgrounds {
   static constexpr int kCount = 9;
   // The name of background n (1..9); "" for another number.
   static QString Name(int n);
-  // The brush of background n for palette; the palette's own document-area
-  // colour for a number outside 1..9.
-  static QBrush Brush(int n, const QPalette& palette);
+  // The brush of background n for palette, drawn from the colour of role
+  // (the window's for the document area, the base's for a view); the first
+  // background's for a number outside 1..9.
+  static QBrush Brush(int n, const QPalette& palette,
+                      QPalette::ColorRole ground = QPalette::Window);
   // A picture of background n at size (for choosers).
   static QPixmap Sample(int n, const QPalette& palette, QSize size);
 };

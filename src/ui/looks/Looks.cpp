@@ -1,8 +1,10 @@
 #include "ui/looks/Looks.h"
 
+#include <QAbstractItemView>
 #include <QApplication>
 #include <QFontDatabase>
 #include <QMdiArea>
+#include <QMdiSubWindow>
 #include <QSet>
 #include <QStyle>
 #include <QStyleFactory>
@@ -197,14 +199,68 @@ QString Looks::ApplySkin(const SettingsRecord& settings) {
   return {};
 }
 
+namespace {
+
+// What the views of the document area show behind their rows.
+struct ViewBackground {
+  int picture = 0;  // 0: the palette's own base
+  bool tree = false, details = false, list = false;
+};
+
+ViewBackground& LastViewBackground() {
+  static ViewBackground last;
+  return last;
+}
+
+void ApplyToViews(QMdiArea* area) {
+  const ViewBackground& b = LastViewBackground();
+  for (QAbstractItemView* view : area->findChildren<QAbstractItemView*>()) {
+    const QString name = view->objectName();
+    bool on = false;
+    if (name == QLatin1String("tvwCatalog")) {
+      on = b.tree;
+    } else if (name == QLatin1String("lvwFilesIcons")) {
+      on = b.list;
+    } else if (name.startsWith(QLatin1String("lvw"))) {
+      on = b.details;
+    } else {
+      continue;  // views of other windows keep their look
+    }
+    QWidget* port = view->viewport();
+    if (on && b.picture > 0) {
+      QPalette p = port->palette();
+      p.setBrush(QPalette::Base,
+                 Backgrounds::Brush(b.picture, QApplication::palette(), QPalette::Base));
+      port->setPalette(p);
+      port->setProperty("gorvanBackground", true);
+    } else if (port->property("gorvanBackground").toBool()) {
+      port->setPalette(QPalette());
+      port->setProperty("gorvanBackground", false);
+    }
+  }
+}
+
+}  // namespace
+
 void Looks::ApplyBackground(QMdiArea* area, const SettingsRecord& settings) {
   if (!area) return;
+  ViewBackground& views = LastViewBackground();
   if (Current().isEmpty()) {
     const int n = settings.BackgroundPicture();
     area->setBackground(Backgrounds::Brush(n == 0 ? 1 : n, QApplication::palette()));
+    // The first background is plain: the views keep their own base.
+    views = {n > 1 ? n : 0, settings.backgroundTree, settings.backgroundDetails,
+             settings.backgroundList};
   } else {
     // The skin's own rule for the area paints over this.
     area->setBackground(QApplication::palette().brush(QPalette::Dark));
+    views = {};
+  }
+  ApplyToViews(area);
+  // Documents opened later (a search window, the disc list) get it too.
+  if (!area->property("gorvanBackgroundHooked").toBool()) {
+    area->setProperty("gorvanBackgroundHooked", true);
+    QObject::connect(area, &QMdiArea::subWindowActivated, area, [area] { ApplyToViews(area); });
   }
 }
 

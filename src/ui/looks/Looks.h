@@ -33,7 +33,11 @@ class Looks {
   // interface font. Returns "" or why the chosen skin could not be used.
   static QString ApplySkin(const SettingsRecord& settings);
   // The document area's background: the record's when skins are off, else
-  // the skin's.
+  // the skin's. The views of its documents show the same background behind
+  // their rows — the tree ("BackgroundTree"), the lists with columns
+  // ("BackgroundDetails") and the icon list ("BackgroundList") — when skins
+  // are off and a background other than the plain first one is chosen;
+  // documents opened later get it as they come.
   static void ApplyBackground(QMdiArea* area, const SettingsRecord& settings);
   // Both; a skin's problem is shown through prompt, once per skin and run.
   static void Apply(QMdiArea* area, const SettingsRecord& settings, Prompt& prompt);

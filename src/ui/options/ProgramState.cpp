@@ -1,6 +1,7 @@
 #include "ui/options/ProgramState.h"
 
 #include "app/SettingsStore.h"
+#include "app/basIniFiles.h"
 
 namespace gorvan::ui {
 namespace {
@@ -43,6 +44,14 @@ ProgramState& ProgramState::Current() {
 
 SettingsRecord ProgramState::ReadRecord() {
   SettingsRecord record;
+  record.noSubclass = GetIniBool("NoSubclass", true);
+  record.backgroundList = GetIniBool("BackgroundList", true);
+  record.backgroundTree = GetIniBool("BackgroundTree", true);
+  record.backgroundDetails = GetIniBool("BackgroundDetails", true);
+  if (!GetIniBool("Background", true)) {
+    record.backgroundList = record.backgroundTree = record.backgroundDetails = false;
+  }
+  record.dragDrop = GetIniBool("DragDrop", true);
   for (const SettingKey& key : SettingsRecord::Keys()) {
     record.SetText(key.key, SettingsStore::GetText(kSwitches, key.key, key.defaultText));
   }

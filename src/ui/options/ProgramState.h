@@ -33,8 +33,8 @@ class ProgramState {
   const ShellIntegration& shell() const { return *shell_; }
   const AppFiles& files() const { return files_; }
 
-  // The record as the store holds it now: every "Switches" key read with its
-  // default, nothing asked and nothing installed.
+  // The record as the stores hold it now: the INI switches, then every
+  // "Switches" key read with its default; nothing asked, nothing installed.
   static SettingsRecord ReadRecord();
 
  private:
