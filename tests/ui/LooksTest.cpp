@@ -285,6 +285,29 @@ TEST_F(OptionsTest, BackgroundShowsBehindTheViewsTheIniFileAllows) {
   EXPECT_TRUE(texture("lvwDiscs").isNull());
 }
 
+TEST_F(OptionsTest, EveryWindowInTheDarkLook) {
+  Start("");
+  SettingsRecord dark;
+  dark.skinName = "Dark";
+  ASSERT_EQ(Looks::ApplySkin(dark), QString());
+  const std::pair<const char*, const char*> windows[] = {{"mnuViewOptions", "frmOptions"},
+                                                         {"mnuViewSkinChange", "frmSkins"},
+                                                         {"mnuViewSkinDesigner", "frmSkinDesigner"},
+                                                         {"mnuViewIconMaint", "frmIconMaint"},
+                                                         {"mnuHelpTip", "frmTip"},
+                                                         {"mnuHelpSendError", "frmSendError"},
+                                                         {"mnuHelpAbout", "frmAbout"}};
+  for (const auto& [command, name] : windows) {
+    Trigger(command);
+    auto* dialog = Opened<QDialog>(name);
+    ASSERT_TRUE(dialog) << name;
+    EXPECT_TRUE(Looks::IsDark(dialog->palette())) << name;
+    Screenshot(dialog, std::string(name) + "-dark");
+    dialog->close();
+    Flush();
+  }
+}
+
 TEST_F(OptionsTest, ListStyleAndPanelsAreRemembered) {
   Start("");
   Trigger("mnuViewList");

@@ -48,6 +48,7 @@ TEST_F(IconMaintTest, EditsAreWrittenInTheMapsFormAndBrokenLinesAreToldAndDroppe
   ASSERT_TRUE(dialog);
   ASSERT_EQ(dialog->table()->rowCount(), 3);
   EXPECT_EQ(dialog->table()->item(0, 0)->text(), QStringLiteral("zip"));
+  EXPECT_EQ(dialog->table()->item(0, 1)->text(), QStringLiteral("Archive (i_0143)"));
   EXPECT_FALSE(dialog->table()->item(0, 1)->icon().isNull()) << "the map's own keys have pictures";
   const QString note = dialog->findChild<QLabel*>(QStringLiteral("lblNote"))->text();
   EXPECT_TRUE(note.contains(QStringLiteral("2 lines of Gorvan.map"))) << note.toStdString();

@@ -1,5 +1,7 @@
 #include "ui/options/MapIcons.h"
 
+#include <QCoreApplication>
+#include <QFileInfo>
 #include <QHash>
 #include <QImageReader>
 
@@ -22,6 +24,21 @@ const QHash<QString, QString>& DefaultKeys() {
 }
 
 }  // namespace
+
+QString MapIcons::Caption(const QString& key) {
+  static const QHash<QString, const char*> kinds = {
+      {QStringLiteral("i_0143"), QT_TRANSLATE_NOOP("MapIcons", "Archive")},
+      {QStringLiteral("i_0144"), QT_TRANSLATE_NOOP("MapIcons", "Document")},
+      {QStringLiteral("i_0100"), QT_TRANSLATE_NOOP("MapIcons", "Spreadsheet")},
+      {QStringLiteral("i_0027"), QT_TRANSLATE_NOOP("MapIcons", "Audio track")},
+  };
+  if (const char* kind = kinds.value(key)) {
+    return QCoreApplication::translate("MapIcons", kind) + QStringLiteral(" (") + key +
+           QLatin1Char(')');
+  }
+  if (key.startsWith(QLatin1Char('/'))) return QFileInfo(key).fileName();
+  return key;
+}
 
 bool MapIcons::IsPicture(const QString& path) {
   QImageReader reader(path);

@@ -22,6 +22,9 @@ class MapIcons {
   // The picture of key; a null icon when the key names none we can show (a
   // missing or unreadable file, a name the theme does not have).
   static QIcon IconOf(const QString& key);
+  // What a key shows in a list: the kind for the map's own keys
+  // ("Archive (i_0143)"), the file name for a picture, else the key.
+  static QString Caption(const QString& key);
   // True when path is a picture file Qt can read.
   static bool IsPicture(const QString& path);
   // Makes the map's icons the file types' icons of the views.

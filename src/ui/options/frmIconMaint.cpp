@@ -27,7 +27,7 @@ constexpr int kKeyRole = Qt::UserRole;
 
 void ShowKey(QTableWidgetItem* item, const QString& key) {
   item->setData(kKeyRole, key);
-  item->setText(key);
+  item->setText(MapIcons::Caption(key));
   item->setIcon(MapIcons::IconOf(key));
   item->setToolTip(key);
 }
