@@ -101,6 +101,8 @@ void ApplyDesktop() {
   const Desktop& d = TheDesktop();
   qApp->setStyleSheet(QString());
   SetStyle(d.style);
+  // Only the roles a dark palette needs made right are set; the others stay
+  // the desktop theme's, so a light desktop's palette keeps following it.
   QApplication::setPalette(Looks::FollowDark(d.palette));
   ApplyFont(nullptr);
   Current().clear();
@@ -114,7 +116,9 @@ void Looks::RememberDesktop() {
   d.known = true;
   d.style = StyleKey(QApplication::style());
   AppliedStyle() = d.style;
+  // The theme's palette with no role set by us: what the desktop gives.
   d.palette = QApplication::palette();
+  d.palette.setResolveMask(0);
   d.font = QApplication::font();
 }
 
