@@ -153,10 +153,19 @@ TEST_F(ScanDialogTest, OptionsAreRememberedAndTheScanTakesThem) {
   ASSERT_EQ(contents.files.size(), 1u);
   EXPECT_EQ(contents.files[0].first, "readme.txt");
 
-  // The next dialog starts from what was chosen.
+  // The next dialog starts from what was chosen, at the size it was left.
   Trigger("mnuCdAdd");
   ui::frmScan* again = ui::ScanFeature::OpenDialog();
   ASSERT_TRUE(again);
+  const QSize size = again->size() + QSize(40, 30);
+  again->resize(size);
+  again->reject();
+  EXPECT_EQ(SettingsStore::GetText("Defaults", "scan_width"), std::to_string(size.width()));
+  EXPECT_EQ(SettingsStore::GetText("Defaults", "scan_height"), std::to_string(size.height()));
+  Trigger("mnuCdAdd");
+  again = ui::ScanFeature::OpenDialog();
+  ASSERT_TRUE(again);
+  EXPECT_EQ(again->size(), size);
   EXPECT_TRUE(In<QCheckBox>(again, "chkScanMp3")->isChecked());
   EXPECT_EQ(In<QLineEdit>(again, "fldFilesInclude")->text(), QStringLiteral("*.jpg;*.txt"));
   EXPECT_EQ(In<QLineEdit>(again, "fldFilesExclude")->text(), QStringLiteral("*.pdf"));

@@ -16,6 +16,7 @@
 #include "ui/main/frmMenu.h"
 #include "ui/scan/MediaChangeListener.h"
 #include "ui/scan/frmEjectCd.h"
+#include "ui/scan/frmFreeDbServers.h"
 #include "ui/scan/frmScan.h"
 #include "ui/scan/uFolderBrowser.h"
 #include "ui/session/CatalogReads.h"
@@ -127,6 +128,17 @@ TEST_F(ScanMediaTest, UnknownAudioCdKeepsNumberedTracks) {
   ASSERT_EQ(tracks->topLevelItemCount(), 2);
   EXPECT_EQ(tracks->topLevelItem(0)->text(1), QStringLiteral("Track 01"));
   EXPECT_FALSE(d->lookupStatus().isEmpty());
+}
+
+TEST_F(ScanMediaTest, DriveWithoutADiscIsRefusedWithAMessage) {
+  sources->Drive("/dev/sr0", "", DiscToc());
+  ui::frmScan* d = OpenOn("/dev/sr0");
+  Settle(d);
+  EXPECT_FALSE(In<QTabWidget>(d, "uTabStrip1")->isTabVisible(2));
+  In<QPushButton>(d, "btnOK")->click();
+  EXPECT_EQ(prompt.LastText().rfind("There is no disc to read in /dev/sr0.", 0), 0u);
+  EXPECT_TRUE(d->isVisible());
+  EXPECT_FALSE(session().busy());
 }
 
 TEST_F(ScanMediaTest, LookupThatNeverAnswersCanBeStopped) {
@@ -248,6 +260,38 @@ TEST_F(ScanMediaTest, InsertedDiscFollowsTheSettings) {
   EXPECT_EQ(prompt.asked.size(), 3u);
   ASSERT_TRUE(ui::ScanFeature::OpenDialog());
   ui::ScanFeature::OpenDialog()->reject();
+}
+
+TEST_F(ScanMediaTest, ServerChooserListsTheSitesAndHandsOverTheChosenOne) {
+  sources->sites = {{{"gnudb.gnudb.org", "http", "80", "/~cddb/cddb.cgi", "N000.00", "W000.00",
+                      "Random", "gnudb", "server"}},
+                    {{"eu.example.org", "http", "8080", "/~cddb/cddb.cgi", "N051.30", "E000.07",
+                      "London,", "UK"}}};
+  auto* chooser = new ui::frmFreeDbServers(sources, window.get());
+  chooser->open();
+  ASSERT_TRUE(WaitFor([chooser] { return !chooser->loading(); }));
+  QTreeWidget* list = chooser->sites();
+  ASSERT_EQ(list->topLevelItemCount(), 2);
+  EXPECT_EQ(list->topLevelItem(1)->text(0), QStringLiteral("eu.example.org"));
+  EXPECT_EQ(list->topLevelItem(1)->text(1), QStringLiteral("N051.30"));
+  EXPECT_EQ(list->topLevelItem(1)->text(2), QStringLiteral("E000.07"));
+  EXPECT_EQ(list->topLevelItem(1)->text(3), QStringLiteral("London, UK"));
+  Screenshot(chooser, "frmFreeDbServers");
+  QString chosen;
+  QObject::connect(chooser, &ui::frmFreeDbServers::siteChosen,
+                   [&chosen](const QString& s) { chosen = s; });
+  list->setCurrentItem(list->topLevelItem(1));
+  In<QPushButton>(chooser, "btnOK")->click();
+  EXPECT_EQ(chosen, QStringLiteral("eu.example.org"));
+
+  // A server that refuses the command: its own text, nothing to choose.
+  sources->sites.clear();
+  auto* refused = new ui::frmFreeDbServers(sources, window.get());
+  refused->open();
+  ASSERT_TRUE(WaitFor([refused] { return !refused->loading(); }));
+  EXPECT_EQ(In<QLabel>(refused, "lblStatus")->text(), QStringLiteral("500 Command unimplemented"));
+  EXPECT_FALSE(In<QPushButton>(refused, "btnOK")->isEnabled());
+  refused->reject();
 }
 
 TEST_F(ScanMediaTest, EjectDialogListsTheDrivesAndEjectsTheChosenOne) {

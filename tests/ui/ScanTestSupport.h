@@ -103,6 +103,10 @@ class FakeScanSources final : public ui::ScanSources {
     return r;
   }
   std::string LookupServer() override { return "freedb.example"; }
+  std::vector<FreeDbSite> ServerSites(std::stop_token, std::string* error) override {
+    if (sites.empty()) *error = "500 Command unimplemented";
+    return sites;
+  }
 
   std::vector<ui::ScanPlace> places;
   std::map<std::string, ScanProposal> proposals;
@@ -111,6 +115,7 @@ class FakeScanSources final : public ui::ScanSources {
   std::map<std::string, std::string> driveFolders;
   std::vector<std::string> ejected;
   std::optional<DiscInfo> found;
+  std::vector<FreeDbSite> sites;
   std::atomic<bool> hang{false};
 };
 

@@ -13,6 +13,7 @@
 #include "audio/OpticalDrives.h"
 #include "audio/TocReader.h"
 #include "audio/basEjectCd.h"
+#include "audio/uFreeDb.h"
 #include "catalog/Attributes.h"
 #include "scan/ScanPath.h"
 #include "scan/VolumeInfo.h"
@@ -182,6 +183,17 @@ FreeDbSettings StoredFreeDbSettings() {
 DiscLookupResult SystemScanSources::Lookup(const DiscToc& toc, std::stop_token stop,
                                            const DiscLookup::StatusFn& status) {
   return DiscLookup::Run(StoredFreeDbSettings(), toc, DefaultHttpFetch(), std::move(stop), status);
+}
+
+std::vector<FreeDbSite> SystemScanSources::ServerSites(std::stop_token stop, std::string* error) {
+  uFreeDb freeDb;
+  freeDb.Configure(StoredFreeDbSettings());
+  freeDb.SetHttpFetch(DefaultHttpFetch());
+  if (!freeDb.GetServerSites(std::move(stop))) {
+    *error = freeDb.errDesc();
+    return {};
+  }
+  return freeDb.Sites();
 }
 
 std::string SystemScanSources::LookupServer() {

@@ -18,6 +18,7 @@
 #include "app/ScanRequest.h"
 #include "audio/DiscLookup.h"
 #include "audio/DiscToc.h"
+#include "audio/FreeDbParser.h"
 #include "audio/cCdChanger.h"
 
 namespace gorvan::ui {
@@ -60,8 +61,11 @@ class ScanSources {
   // reported through status (on the worker).
   virtual DiscLookupResult Lookup(const DiscToc& toc, std::stop_token stop,
                                   const DiscLookup::StatusFn& status) = 0;
-  // The lookup's first status line.
+  // The FreeDB server the lookup contacts.
   virtual std::string LookupServer() = 0;
+  // Worker thread. The FreeDB server's list of mirror sites; on failure an
+  // empty list and *error says why.
+  virtual std::vector<FreeDbSite> ServerSites(std::stop_token stop, std::string* error) = 0;
 
   // The sources in use: the system's unless a test installed its own.
   static ScanSources& Current();
@@ -84,6 +88,7 @@ class SystemScanSources final : public ScanSources {
   DiscLookupResult Lookup(const DiscToc& toc, std::stop_token stop,
                           const DiscLookup::StatusFn& status) override;
   std::string LookupServer() override;
+  std::vector<FreeDbSite> ServerSites(std::stop_token stop, std::string* error) override;
 };
 
 }  // namespace gorvan::ui

@@ -23,6 +23,7 @@
 #include "catalog/Attributes.h"
 #include "catalog/TextUtil.h"
 #include "scan/ScanChecks.h"
+#include "scan/ScanPath.h"
 #include "ui/scan/uFolderBrowser.h"
 #include "ui/session/CatalogReads.h"
 #include "ui/session/CatalogSession.h"
@@ -393,6 +394,7 @@ void frmScan::PathChanged(const QString& path) {
   if (device.empty()) device = Std(path);
   FillDefaultName();
   SetStatus(tr("Reading the disc..."));
+  btnOK_->setEnabled(false);
   std::shared_ptr<ScanSources> sources = sources_;
   inspect_.Run<std::pair<bool, DiscToc>>(
       this,
@@ -406,6 +408,7 @@ void frmScan::PathChanged(const QString& path) {
 
 void frmScan::TocRead(bool found, const DiscToc& toc) {
   SetStatus(QString());
+  btnOK_->setEnabled(true);
   toc_ = found ? toc : DiscToc();
   // A disc with audio tracks and a data track was written in several
   // sessions: it may be an enhanced audio CD.
@@ -609,7 +612,17 @@ void frmScan::accept() {
     session_.prompt().Message(ScanChecks::kPathMissing, PromptIcon::kWarning);
     return;
   }
-  if (lookup_.running()) return;
+  if (lookup_.running() || inspect_.running()) return;
+  // A drive whose disc has no file system to walk is scanned only as an
+  // audio CD.
+  if (scanMode_ != kMediaAudioCd && !ScanPath::FolderExists(Std(path))) {
+    session_.prompt().Message(
+        Std(tr("There is no disc to read in %1.\nInsert a disc, or wait until the system has "
+               "mounted it, and try again.")
+                .arg(path)),
+        PromptIcon::kWarning);
+    return;
+  }
   // The facts of the path as it is now (a stick may have been swapped).
   proposal_ = sources_->Propose(Std(path));
   if (discId_ <= 0 && scanMode_ != kMediaAudioCd) {
