@@ -2,6 +2,7 @@
 // as its tracks, the enhanced-CD questions with their settings, a lookup that
 // never answers, an inserted disc with each setting, and the eject dialog.
 #include <QCheckBox>
+#include <QComboBox>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
@@ -118,6 +119,35 @@ TEST_F(ScanMediaTest, AudioCdIsLookedUpAndScannedAsItsTracks) {
   ASSERT_EQ(c.files.size(), 3u);
   EXPECT_EQ(c.files[2].first, "Locomotion (take 2)");
   EXPECT_EQ(window->activeView()->currentItem().id, discs[0].id);
+}
+
+TEST_F(ScanMediaTest, SeveralFreeDbMatchesLetTheUserReadAnother) {
+  sources->Drive("/dev/sr0", "Audio CD", Toc("150 15000 30000 60000"));
+  sources->found = BlueTrain();
+  DiscInfo other;
+  other.category = "misc";
+  other.discId = "1a02b503";
+  other.artist = "Tribute Band";
+  other.album = "Blue Train Again";
+  other.tracks = {{"One", 0}, {"Two", 0}, {"Three", 0}};
+  sources->others = {other};
+  ui::frmScan* d = OpenOn("/dev/sr0");
+  Settle(d);
+  // The first match is read and stays the default.
+  auto* matches = In<QComboBox>(d, "cboFreeDbMatch");
+  ASSERT_TRUE(matches->isVisible());
+  ASSERT_EQ(matches->count(), 2);
+  EXPECT_EQ(matches->currentIndex(), 0);
+  EXPECT_EQ(matches->itemText(1), QStringLiteral("misc: Tribute Band / Blue Train Again"));
+  EXPECT_EQ(In<QLineEdit>(d, "fldAudioAlbum")->text(), QStringLiteral("Blue Train"));
+  matches->setCurrentIndex(1);
+  Q_EMIT matches->activated(1);
+  Settle(d);
+  EXPECT_EQ(In<QLineEdit>(d, "fldAudioAlbum")->text(), QStringLiteral("Blue Train Again"));
+  EXPECT_EQ(In<QTreeWidget>(d, "lstAudioTracks")->topLevelItem(0)->text(1), QStringLiteral("One"));
+  EXPECT_EQ(matches->count(), 2);
+  EXPECT_EQ(sources->matchesAsked, (std::vector<size_t>{0, 1}));
+  EXPECT_EQ(In<QLineEdit>(d, "fldDataLabel")->text(), QStringLiteral("Blue Train Again"));
 }
 
 TEST_F(ScanMediaTest, UnknownAudioCdKeepsNumberedTracks) {

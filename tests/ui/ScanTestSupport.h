@@ -80,8 +80,9 @@ class FakeScanSources final : public ui::ScanSources {
     *toc = it->second;
     return toc->AudioTrackCount() > 0;
   }
-  DiscLookupResult Lookup(const DiscToc& toc, std::stop_token stop,
+  DiscLookupResult Lookup(const DiscToc& toc, size_t match, std::stop_token stop,
                           const DiscLookup::StatusFn& status) override {
+    matchesAsked.push_back(match);
     if (status) {
       status("Querying Local FreeDb Database");
       status("Contacting " + LookupServer() + " Server");
@@ -99,6 +100,14 @@ class FakeScanSources final : public ui::ScanSources {
     DiscLookupResult r;
     r.found = found.has_value();
     if (found) r.info = *found;
+    if (found && !others.empty()) {
+      // Several matches: the first is found, the others are read by number.
+      r.matches.push_back({found->category, found->discId, found->artist + " / " + found->album});
+      for (const DiscInfo& o : others) {
+        r.matches.push_back({o.category, o.discId, o.artist + " / " + o.album});
+      }
+      if (match > 0) r.info = others[std::min(match, others.size()) - 1];
+    }
     r.info.albumSeconds = toc.AlbumSeconds();
     return r;
   }
@@ -116,6 +125,8 @@ class FakeScanSources final : public ui::ScanSources {
   std::vector<std::string> ejected;
   std::optional<DiscInfo> found;
   std::vector<FreeDbSite> sites;
+  std::vector<DiscInfo> others;      // further FreeDB matches after `found`
+  std::vector<size_t> matchesAsked;  // the match number of each lookup
   std::atomic<bool> hang{false};
 };
 

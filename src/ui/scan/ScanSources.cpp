@@ -180,9 +180,11 @@ FreeDbSettings StoredFreeDbSettings() {
 
 }  // namespace
 
-DiscLookupResult SystemScanSources::Lookup(const DiscToc& toc, std::stop_token stop,
+DiscLookupResult SystemScanSources::Lookup(const DiscToc& toc, size_t match, std::stop_token stop,
                                            const DiscLookup::StatusFn& status) {
-  return DiscLookup::Run(StoredFreeDbSettings(), toc, DefaultHttpFetch(), std::move(stop), status);
+  FreeDbSettings settings = StoredFreeDbSettings();
+  settings.match = match;
+  return DiscLookup::Run(settings, toc, DefaultHttpFetch(), std::move(stop), status);
 }
 
 std::vector<FreeDbSite> SystemScanSources::ServerSites(std::stop_token stop, std::string* error) {

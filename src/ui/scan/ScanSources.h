@@ -57,9 +57,10 @@ class ScanSources {
   // Worker thread. The table of contents of the disc in device; false when
   // there is none (no disc, a data disc without audio tracks, no drive).
   virtual bool ReadToc(const std::string& device, std::stop_token stop, DiscToc* toc) = 0;
-  // Worker thread. Looks the disc up as the settings say; status lines are
-  // reported through status (on the worker).
-  virtual DiscLookupResult Lookup(const DiscToc& toc, std::stop_token stop,
+  // Worker thread. Looks the disc up as the settings say, reading FreeDB's
+  // match number `match` (0 the first) when several are found; status lines
+  // are reported through status (on the worker).
+  virtual DiscLookupResult Lookup(const DiscToc& toc, size_t match, std::stop_token stop,
                                   const DiscLookup::StatusFn& status) = 0;
   // The FreeDB server the lookup contacts.
   virtual std::string LookupServer() = 0;
@@ -85,7 +86,7 @@ class SystemScanSources final : public ScanSources {
   std::string PathOfDrive(const std::string& device) override;
   std::unique_ptr<cCdChanger> NewChanger(cCdChanger::CDROMChanged changed) override;
   bool ReadToc(const std::string& device, std::stop_token stop, DiscToc* toc) override;
-  DiscLookupResult Lookup(const DiscToc& toc, std::stop_token stop,
+  DiscLookupResult Lookup(const DiscToc& toc, size_t match, std::stop_token stop,
                           const DiscLookup::StatusFn& status) override;
   std::string LookupServer() override;
   std::vector<FreeDbSite> ServerSites(std::stop_token stop, std::string* error) override;

@@ -180,6 +180,17 @@ void frmScan::BuildLayout() {
   auto* timeLabel = new QLabel(tr("Ti&me:"), tab3);
   timeLabel->setBuddy(fldAudioTime_);
   audio->addRow(timeLabel, timeYear);
+  cboFreeDbMatch_ = new QComboBox(tab3);
+  cboFreeDbMatch_->setObjectName(QStringLiteral("cboFreeDbMatch"));
+  cboFreeDbMatch_->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
+  lblFreeDbMatch_ = new QLabel(tr("&Match:"), tab3);
+  lblFreeDbMatch_->setBuddy(cboFreeDbMatch_);
+  audio->addRow(lblFreeDbMatch_, cboFreeDbMatch_);
+  lblFreeDbMatch_->hide();
+  cboFreeDbMatch_->hide();
+  connect(cboFreeDbMatch_, &QComboBox::activated, this, [this](int index) {
+    if (index >= 0 && scanMode_ == kMediaAudioCd) StartLookup(toc_, static_cast<size_t>(index));
+  });
   audio->addRow(lstAudioTracks_);
 
   tabs_->addTab(tab1, tr("General Information"));
@@ -364,6 +375,7 @@ void frmScan::PathChanged(const QString& path) {
   scanMode_ = 0;
   toc_ = DiscToc();
   tabs_->setTabVisible(2, false);
+  cboFreeDbMatch_->clear();
   chkEnhancedCd_->hide();
   lblEnhancedCd_->hide();
   SetStatus(QString());
@@ -465,7 +477,7 @@ void frmScan::AskEnhanced() {
   }
 }
 
-void frmScan::StartLookup(const DiscToc& toc) {
+void frmScan::StartLookup(const DiscToc& toc, size_t match) {
   scanMode_ = kMediaAudioCd;
   toc_ = toc;
   tabs_->setTabText(2, tr(kAudioTabCaption));
@@ -476,12 +488,13 @@ void frmScan::StartLookup(const DiscToc& toc) {
   SetStatus(tr(kGettingTracks));
   btnOK_->setEnabled(false);
   btnStopLookup_->show();
+  cboFreeDbMatch_->setEnabled(false);
   std::shared_ptr<ScanSources> sources = sources_;
   QPointer<frmScan> self(this);
   lookup_.Run<DiscLookupResult>(
       this,
-      [sources, toc, self](std::stop_token stop) {
-        return sources->Lookup(toc, stop, [self](const std::string& line) {
+      [sources, toc, match, self](std::stop_token stop) {
+        return sources->Lookup(toc, match, stop, [self](const std::string& line) {
           const QString text = Qs(line);
           QMetaObject::invokeMethod(
               qApp,
@@ -505,6 +518,17 @@ void frmScan::StopLookup() {
 void frmScan::LookupDone(const DiscLookupResult& r) {
   btnStopLookup_->hide();
   btnOK_->setEnabled(true);
+  cboFreeDbMatch_->setEnabled(true);
+  // Several FreeDB entries fit the disc: the user may read another one. The
+  // list stays as the first lookup gave it while another match is read.
+  if (r.found && r.matches.size() > 1 && cboFreeDbMatch_->count() == 0) {
+    for (const QueryMatch& m : r.matches) {
+      cboFreeDbMatch_->addItem(Qs(m.category) + QStringLiteral(": ") + RowText(m.title));
+    }
+    cboFreeDbMatch_->setCurrentIndex(0);
+  }
+  lblFreeDbMatch_->setVisible(cboFreeDbMatch_->count() > 1);
+  cboFreeDbMatch_->setVisible(cboFreeDbMatch_->count() > 1);
   if (r.found) {
     ShowAudio(AudioScanValues::From(toc_, &r.info));
     SetStatus(QString());

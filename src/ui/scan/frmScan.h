@@ -115,7 +115,7 @@ class frmScan : public QDialog {
   void PathChanged(const QString& path);
   void TocRead(bool found, const DiscToc& toc);
   void AskEnhanced();
-  void StartLookup(const DiscToc& toc);
+  void StartLookup(const DiscToc& toc, size_t match = 0);
   void StopLookup();
   void LookupDone(const DiscLookupResult& result);
   void ShowAudio(const AudioScanValues& values);
@@ -156,6 +156,8 @@ class frmScan : public QDialog {
   QLabel* lblEnhancedCd_;
   QLabel* lblStatus_;
   QPushButton* btnStopLookup_;
+  QLabel* lblFreeDbMatch_;
+  QComboBox* cboFreeDbMatch_;
   QLineEdit* fldFilesInclude_;
   QLineEdit* fldFilesExclude_;
   QCheckBox* chkScanZip_;
