@@ -238,6 +238,7 @@ int main(int argc, char** argv) {
   const double views = t.nsecsElapsed() / 1e9;
   const double viewsStall = beat.WorstMs();
   scan->close();
+  QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
 
   // A second scan of the same tree, cancelled a third of the way in.
   const std::string second = std::string(home) + "/cancel.cd";

@@ -114,6 +114,15 @@ TEST_F(ScanDialogTest, MissingPathIsRefusedAndTheDialogStays) {
   EXPECT_EQ(ui::ScanFeature::OpenDialog(), d);
   EXPECT_FALSE(session().busy());
   EXPECT_TRUE(Discs(session()).empty());
+
+  // A folder that vanishes while the dialog is open: the same message.
+  const std::string tree = SmallTree(dir, "Vanishing");
+  d->folderBrowser()->SetPath(QString::fromStdString(tree));
+  fs::remove_all(tree);
+  Ok(d);
+  EXPECT_EQ(prompt.asked.size(), 2u);
+  EXPECT_EQ(prompt.LastText(), "Folder or Directory Does Not Exist!!\nPlease Try Again");
+  EXPECT_TRUE(Discs(session()).empty());
 }
 
 TEST_F(ScanDialogTest, OptionsAreRememberedAndTheScanTakesThem) {

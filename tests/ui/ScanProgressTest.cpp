@@ -1,5 +1,9 @@
 // A scan and a rescan through the progress window, the cancel question with
 // each answer, and the window's summary.
+#include <signal.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+
 #include <QLabel>
 #include <QLineEdit>
 #include <QPlainTextEdit>
@@ -39,6 +43,11 @@ class ScanProgressTest : public ScanTest {
   }
   // Opens the dialog on path and presses OK; the progress window that opens.
   ui::frmAnimation* Scan(const std::string& path) {
+    // The window of an earlier scan goes first, so that the new one is found.
+    while (auto* old = Find<ui::frmAnimation>("frmAnimation")) {
+      old->close();
+      QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    }
     window->RunCommand(QStringLiteral("mnuCdAdd"), QString::fromStdString(path));
     ui::frmScan* d = ui::ScanFeature::OpenDialog();
     EXPECT_TRUE(d);
@@ -145,6 +154,41 @@ TEST_F(ScanProgressTest, RescanKeepsTheNotesAndReplacesTheDisc) {
   for (const auto& [name, notes] : c.files) fileNotes |= notes == "first file";
   EXPECT_TRUE(folderNotes);
   EXPECT_TRUE(fileNotes);
+}
+
+TEST_F(ScanProgressTest, FullDiskEndsTheScanAndKeepsTheCatalog) {
+  const std::string before = Tree(dir, "Before", 1, 3);
+  Scan(before);
+  Idle();
+  ASSERT_EQ(Discs().size(), 1u);
+  const std::string tree = Tree(dir, "Large", 20, 200);
+  // The catalog may grow by 16 KiB at most: its writes fail as on a full disk.
+  struct stat st {};
+  ASSERT_EQ(::stat(catalog.c_str(), &st), 0);
+  struct rlimit old {};
+  ::getrlimit(RLIMIT_FSIZE, &old);
+  struct rlimit small = old;
+  small.rlim_cur = static_cast<rlim_t>(st.st_size) + 16384;
+  auto oldSignal = ::signal(SIGXFSZ, SIG_IGN);
+  ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &small), 0);
+  ui::frmAnimation* a = Scan(tree);
+  ASSERT_TRUE(a);
+  EXPECT_TRUE(WaitFor([this] { return !session().busy(); }));
+  ::setrlimit(RLIMIT_FSIZE, &old);
+  ::signal(SIGXFSZ, oldSignal);
+  Idle();
+  EXPECT_TRUE(Summary(a).startsWith(QStringLiteral("The scan failed:")))
+      << Summary(a).toStdString();
+  // The failure was told (the data-file error) and logged; the window is usable.
+  EXPECT_FALSE(prompt.asked.empty());
+  EXPECT_FALSE(session().busy());
+  EXPECT_TRUE(a->findChild<QPushButton*>(QStringLiteral("btnClose"))->isVisible());
+  // What the catalog held before is still there, opened afresh.
+  a->close();
+  ASSERT_TRUE(session().Close());
+  classData reader;
+  ASSERT_TRUE(reader.OpenFiles(catalog, false, false));
+  EXPECT_EQ(ui::CatalogReads::Catalog(reader, {}).discs.size(), 1u);
 }
 
 TEST_F(ScanProgressTest, RescanNeedsADisc) {
