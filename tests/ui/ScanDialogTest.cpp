@@ -105,6 +105,48 @@ TEST_F(ScanDialogTest, NameFollowsTheFolderBelowItsVolumeElseTheLabel) {
   EXPECT_TRUE(categories->itemText(2).startsWith(QLatin1Char(' ')));
 }
 
+TEST_F(ScanDialogTest, StartupDriveSelectChoosesWhereTheDialogStarts) {
+  sources->places.push_back({dir.path(), "HOME", kMediaFixed, 1e9, false});
+  sources->Drive("/dev/sr0", "", DiscToc());
+  sources->Drive("/dev/sr1", "BACKUP", DiscToc());
+  struct Case {
+    const char* mode;
+    QString path;
+  };
+  const Case cases[] = {
+      {"2", QStringLiteral("/dev/sr1")},  // the default: the first drive holding a disc
+      {"1", QStringLiteral("/dev/sr0")},  // the first drive
+      {"0", QString()},                   // nothing chosen
+  };
+  for (const Case& c : cases) {
+    SettingsStore::PutText("Switches", "StartupDriveSelect", c.mode);
+    Trigger("mnuCdAdd");
+    ui::frmScan* d = ui::ScanFeature::OpenDialog();
+    ASSERT_TRUE(d);
+    EXPECT_EQ(d->folderBrowser()->path(), c.path) << c.mode;
+    d->reject();
+  }
+  // Without a drive holding a disc, the first place listed.
+  sources->places.erase(sources->places.begin() + 2);
+  SettingsStore::PutText("Switches", "StartupDriveSelect", "2");
+  Trigger("mnuCdAdd");
+  ASSERT_TRUE(ui::ScanFeature::OpenDialog());
+  EXPECT_EQ(ui::ScanFeature::OpenDialog()->folderBrowser()->path(),
+            QString::fromStdString(dir.path()));
+}
+
+TEST_F(ScanDialogTest, CommandLineScanOpensTheDialogOnceTheCatalogIsOpen) {
+  const std::string tree = SmallTree(dir, "From the file manager");
+  window.reset();
+  session_ = std::make_unique<ui::CatalogSession>(prompt);
+  window = std::make_unique<ui::frmMenu>(*session_, hooks);
+  window->MenuStart(catalog, QString::fromStdString(tree));
+  ui::frmScan* d = ui::ScanFeature::OpenDialog();
+  ASSERT_TRUE(d);
+  EXPECT_EQ(d->folderBrowser()->path(), QString::fromStdString(tree));
+  EXPECT_EQ(In<QLineEdit>(d, "fldDataLabel")->text(), QStringLiteral("From the file manager"));
+}
+
 TEST_F(ScanDialogTest, MissingPathIsRefusedAndTheDialogStays) {
   ui::frmScan* d = OpenScan(dir.File("gone"));
   ASSERT_TRUE(d);

@@ -283,6 +283,18 @@ TEST_F(ScanMediaTest, InsertedDiscFollowsTheSettings) {
   ASSERT_EQ(prompt.asked.size(), 3u);
   EXPECT_EQ(prompt.asked[2].text, "CD Removed!!");
 
+  // While a scan runs nothing happens.
+  for (int i = 0; i < 400; ++i)
+    std::filesystem::create_directories(dir.File("big/f" + std::to_string(i)));
+  ui::frmScan* scan = OpenOn(dir.File("big"));
+  In<QPushButton>(scan, "btnOK")->click();
+  ASSERT_TRUE(session().busy());
+  listener->oCdChanger_CDROMChanged(1, QStringLiteral("/dev/sr1"));
+  listener->oCdChanger_CDROMChanged(2, QStringLiteral("/dev/sr1"));
+  EXPECT_EQ(prompt.asked.size(), 3u);
+  EXPECT_EQ(ui::ScanFeature::OpenDialog(), nullptr);
+  Idle();
+
   // Notification off: the dialog opens without a question; a removal is quiet.
   SettingsStore::PutBool("Switches", "lNotifyCdChange", false);
   listener->oCdChanger_CDROMChanged(2, QStringLiteral("/dev/sr1"));

@@ -7,8 +7,10 @@
 #include <QTabWidget>
 #include <QTreeWidget>
 #include <filesystem>
+#include <fstream>
 
 #include "ui/ScanTestSupport.h"
+#include "ui/explorer/CatalogView.h"
 #include "ui/main/frmMenu.h"
 #include "ui/scan/frmAnimation.h"
 #include "ui/scan/frmEjectCd.h"
@@ -75,6 +77,29 @@ TEST_F(ScanScreenshotTest, ScanDialogAudioCd) {
   Screenshot(d, "frmScan-audio");
   EXPECT_EQ(d->findChild<QTreeWidget*>(QStringLiteral("lstAudioTracks"))->topLevelItemCount(), 5);
   d->reject();
+}
+
+TEST_F(ScanScreenshotTest, MainWindowShowsTheNewDiscSelected) {
+  const std::string tree = dir.File("Holiday 2024");
+  std::filesystem::create_directories(tree + "/day 1");
+  std::filesystem::create_directories(tree + "/day 2");
+  for (const char* f : {"/day 1/IMG_0001.jpg", "/day 1/IMG_0002.jpg", "/day 2/notes.txt"}) {
+    std::ofstream(tree + f) << "picture data";
+  }
+  window->resize(1000, 650);
+  window->RunCommand(QStringLiteral("mnuCdAdd"), QString::fromStdString(tree));
+  ui::frmScan* d = ui::ScanFeature::OpenDialog();
+  ASSERT_TRUE(d);
+  d->findChild<QPushButton*>(QStringLiteral("btnOK"))->click();
+  Idle();
+  for (QWidget* w : QApplication::topLevelWidgets()) {
+    if (w->objectName() == QStringLiteral("frmAnimation")) w->close();
+  }
+  Idle();
+  Screenshot(window.get(), "frmMenu-after-scan");
+  const ui::CatalogItem item = window->activeView()->currentItem();
+  EXPECT_EQ(item.kind, NodeKind::kDisc);
+  EXPECT_EQ(item.name, QStringLiteral("Holiday 2024"));
 }
 
 TEST_F(ScanScreenshotTest, ProgressWindowRunningAndDone) {
