@@ -102,6 +102,22 @@ TEST_F(ScanProgressTest, ScanShowsItsCountsAndSelectsTheNewDisc) {
   EXPECT_FALSE(a->isVisible());
 }
 
+TEST_F(ScanProgressTest, TraditionalViewShowsTheNewDiscSelectedToo) {
+  Scan(Tree(dir, "First", 1, 1));
+  Idle();
+  Trigger("mnuViewExplorer");  // the traditional view instead
+  Idle();
+  ASSERT_FALSE(window->explorerMode());
+  Scan(Tree(dir, "Second", 1, 1));
+  Idle();
+  const std::vector<ui::DiscRow> discs = Discs();
+  ASSERT_EQ(discs.size(), 2u);
+  EXPECT_FALSE(window->explorerMode());
+  const ui::CatalogItem current = window->activeView()->currentItem();
+  EXPECT_EQ(current.kind, NodeKind::kDisc);
+  EXPECT_EQ(current.id, discs[1].id);
+}
+
 TEST_F(ScanProgressTest, RescanKeepsTheNotesAndReplacesTheDisc) {
   const std::string tree = Tree(dir, "Projects", 2, 2);
   Scan(tree);

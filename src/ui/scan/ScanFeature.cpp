@@ -1,6 +1,5 @@
 #include "ui/scan/ScanFeature.h"
 
-#include <QAction>
 #include <QPointer>
 #include <memory>
 
@@ -255,9 +254,6 @@ frmAnimation* ScanFeature::StartScan(frmMenu& window, const ScanSettings& settin
 }
 
 void ScanFeature::ShowDisc(frmMenu& window, int32_t discId) {
-  if (!window.explorerMode()) {
-    if (QAction* a = window.command(QStringLiteral("mnuViewExplorer"))) a->trigger();
-  }
   CatalogItem item;
   item.kind = NodeKind::kDisc;
   item.id = discId;

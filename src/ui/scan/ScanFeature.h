@@ -45,7 +45,8 @@ class ScanFeature {
   static frmAnimation* StartScan(frmMenu& window, const ScanSettings& settings,
                                  const ScanVolume& volume, const std::vector<AudioTrack>& tracks,
                                  const AudioValues& audio);
-  // Makes the views show a disc (the explorer first, when it is not shown).
+  // Makes the catalog view in use (explorer or traditional) show a disc
+  // selected.
   static void ShowDisc(frmMenu& window, int32_t discId);
 
  private:
