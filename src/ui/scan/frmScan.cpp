@@ -625,6 +625,8 @@ void frmScan::CollectSettings() {
 }
 
 void frmScan::accept() {
+  // A path typed and confirmed at once: its facts and name first.
+  browser_->Commit();
   const QString path = browser_->path();
   if (noScan_) {
     CollectSettings();

@@ -29,6 +29,9 @@ class uFolderBrowser : public QWidget {
   QString path() const;
   // Shows path; raises pathChanged when it differs from the last one raised.
   void SetPath(const QString& path);
+  // Raises pathChanged for a path typed but not yet left (OK pressed while
+  // typing).
+  void Commit();
   // The listed place of path, or null.
   const ScanPlace* PlaceOf(const QString& path) const;
   QComboBox* combo() const { return combo_; }
@@ -42,7 +45,6 @@ class uFolderBrowser : public QWidget {
   void pathChanged(const QString& path);
 
  private:
-  void Commit();
   void Browse();
 
   QComboBox* combo_;
