@@ -150,6 +150,44 @@ TEST_F(ScanMediaTest, SeveralFreeDbMatchesLetTheUserReadAnother) {
   EXPECT_EQ(In<QLineEdit>(d, "fldDataLabel")->text(), QStringLiteral("Blue Train Again"));
 }
 
+TEST_F(ScanMediaTest, ConnectingToTheServerIsAskedAndAFailedConnectionTold) {
+  sources->Drive("/dev/sr0", "Audio CD", Toc("150 15000 30000"));
+  sources->found = BlueTrain();
+  sources->online = true;
+  // No: the server is not asked, the tracks keep their numbers.
+  prompt.Answer(PromptAnswer::kNo);
+  ui::frmScan* d = OpenOn("/dev/sr0");
+  Settle(d);
+  ASSERT_EQ(prompt.asked.size(), 1u);
+  EXPECT_EQ(prompt.asked[0].notifyKey, "lNotifyConnectFreedb");
+  EXPECT_NE(prompt.asked[0].text.find("freedb.example"), std::string::npos);
+  EXPECT_EQ(sources->onlineAsked, std::vector<bool>{false});
+  EXPECT_EQ(In<QTreeWidget>(d, "lstAudioTracks")->topLevelItem(0)->text(1),
+            QStringLiteral("Track 01"));
+  d->reject();
+
+  // Yes with the box ticked: asked, and the answer kept for the next discs.
+  prompt.Answer(PromptAnswer::kYes, true);
+  d = OpenOn("/dev/sr0");
+  Settle(d);
+  EXPECT_EQ(prompt.asked.size(), 2u);
+  EXPECT_EQ(In<QLineEdit>(d, "fldAudioAlbum")->text(), QStringLiteral("Blue Train"));
+  EXPECT_EQ(SettingsStore::GetText("Switches", "lNotifyConnectFreedb"), "False");
+  EXPECT_EQ(SettingsStore::GetText("Switches", "lNotifyConnectFreedbAction"), "True");
+  d->reject();
+
+  // A server out of reach: the product's message, once per switch.
+  sources->offline = true;
+  d = OpenOn("/dev/sr0");
+  Settle(d);
+  ASSERT_EQ(prompt.asked.size(), 3u);
+  EXPECT_EQ(prompt.asked[2].text, ui::kNoInternet);
+  EXPECT_EQ(prompt.asked[2].notifyKey, "lNotifyNoInternet");
+  EXPECT_EQ(d->lookupStatus(), QStringLiteral("Could not resolve host: freedb.example"));
+  EXPECT_EQ(sources->onlineAsked, (std::vector<bool>{false, true, true}));
+  d->reject();
+}
+
 TEST_F(ScanMediaTest, UnknownAudioCdKeepsNumberedTracks) {
   sources->Drive("/dev/sr0", "Audio CD", Toc("150 15000 30000"));
   ui::frmScan* d = OpenOn("/dev/sr0");

@@ -5,9 +5,11 @@
 // registered.
 
 #include <QDialog>
+#include <atomic>
 #include <condition_variable>
 #include <map>
 #include <mutex>
+#include <optional>
 #include <set>
 
 #include "catalog/Attributes.h"
@@ -80,9 +82,20 @@ class FakeScanSources final : public ui::ScanSources {
     *toc = it->second;
     return toc->AudioTrackCount() > 0;
   }
-  DiscLookupResult Lookup(const DiscToc& toc, size_t match, std::stop_token stop,
-                          const DiscLookup::StatusFn& status) override {
+  DiscLookupResult Lookup(const DiscToc& toc, const ui::LookupRequest& request,
+                          std::stop_token stop, const DiscLookup::StatusFn& status) override {
+    const size_t match = request.match;
     matchesAsked.push_back(match);
+    onlineAsked.push_back(request.online);
+    // The server refused by the user: only the local folder is asked, which
+    // knows nothing. (With `online` off, the fake stands for a local folder
+    // that knows the disc.)
+    if (online && !request.online) return DiscLookupResult{};
+    if (offline) {
+      DiscLookupResult r;
+      r.errors.emplace_back(8882, "Could not resolve host: freedb.example");
+      return r;
+    }
     if (status) {
       status("Querying Local FreeDb Database");
       status("Contacting " + LookupServer() + " Server");
@@ -112,6 +125,7 @@ class FakeScanSources final : public ui::ScanSources {
     return r;
   }
   std::string LookupServer() override { return "freedb.example"; }
+  bool LookupGoesOnline() override { return online; }
   std::vector<FreeDbSite> ServerSites(std::stop_token, std::string* error) override {
     if (sites.empty()) *error = "500 Command unimplemented";
     return sites;
@@ -127,6 +141,9 @@ class FakeScanSources final : public ui::ScanSources {
   std::vector<FreeDbSite> sites;
   std::vector<DiscInfo> others;      // further FreeDB matches after `found`
   std::vector<size_t> matchesAsked;  // the match number of each lookup
+  std::vector<bool> onlineAsked;     // whether each lookup could ask a server
+  bool online = false;               // the settings let a lookup ask a server
+  std::atomic<bool> offline{false};  // the server cannot be reached
   std::atomic<bool> hang{false};
 };
 

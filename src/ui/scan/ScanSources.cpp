@@ -180,10 +180,15 @@ FreeDbSettings StoredFreeDbSettings() {
 
 }  // namespace
 
-DiscLookupResult SystemScanSources::Lookup(const DiscToc& toc, size_t match, std::stop_token stop,
+DiscLookupResult SystemScanSources::Lookup(const DiscToc& toc, const LookupRequest& request,
+                                           std::stop_token stop,
                                            const DiscLookup::StatusFn& status) {
   FreeDbSettings settings = StoredFreeDbSettings();
-  settings.match = match;
+  settings.match = request.match;
+  if (!request.online) {
+    settings.useUrl = false;
+    settings.musicBrainz = false;
+  }
   return DiscLookup::Run(settings, toc, DefaultHttpFetch(), std::move(stop), status);
 }
 
@@ -196,6 +201,11 @@ std::vector<FreeDbSite> SystemScanSources::ServerSites(std::stop_token stop, std
     return {};
   }
   return freeDb.Sites();
+}
+
+bool SystemScanSources::LookupGoesOnline() {
+  const FreeDbSettings s = StoredFreeDbSettings();
+  return s.enabled && (s.useUrl || s.musicBrainz);
 }
 
 std::string SystemScanSources::LookupServer() {

@@ -23,6 +23,14 @@
 
 namespace gorvan::ui {
 
+// How one lookup runs: which FreeDB match it reads when several are found (0
+// the first) and whether it may ask a server (else only the local FreeDB
+// folder).
+struct LookupRequest {
+  size_t match = 0;
+  bool online = true;
+};
+
 // One place the folder chooser lists.
 struct ScanPlace {
   std::string path;       // the mount point, or the device of an optical drive
@@ -57,13 +65,14 @@ class ScanSources {
   // Worker thread. The table of contents of the disc in device; false when
   // there is none (no disc, a data disc without audio tracks, no drive).
   virtual bool ReadToc(const std::string& device, std::stop_token stop, DiscToc* toc) = 0;
-  // Worker thread. Looks the disc up as the settings say, reading FreeDB's
-  // match number `match` (0 the first) when several are found; status lines
-  // are reported through status (on the worker).
-  virtual DiscLookupResult Lookup(const DiscToc& toc, size_t match, std::stop_token stop,
-                                  const DiscLookup::StatusFn& status) = 0;
+  // Worker thread. Looks the disc up as the settings and the request say;
+  // status lines are reported through status (on the worker).
+  virtual DiscLookupResult Lookup(const DiscToc& toc, const LookupRequest& request,
+                                  std::stop_token stop, const DiscLookup::StatusFn& status) = 0;
   // The FreeDB server the lookup contacts.
   virtual std::string LookupServer() = 0;
+  // True when the settings let a lookup ask a server (FreeDB or MusicBrainz).
+  virtual bool LookupGoesOnline() = 0;
   // Worker thread. The FreeDB server's list of mirror sites; on failure an
   // empty list and *error says why.
   virtual std::vector<FreeDbSite> ServerSites(std::stop_token stop, std::string* error) = 0;
@@ -86,9 +95,10 @@ class SystemScanSources final : public ScanSources {
   std::string PathOfDrive(const std::string& device) override;
   std::unique_ptr<cCdChanger> NewChanger(cCdChanger::CDROMChanged changed) override;
   bool ReadToc(const std::string& device, std::stop_token stop, DiscToc* toc) override;
-  DiscLookupResult Lookup(const DiscToc& toc, size_t match, std::stop_token stop,
+  DiscLookupResult Lookup(const DiscToc& toc, const LookupRequest& request, std::stop_token stop,
                           const DiscLookup::StatusFn& status) override;
   std::string LookupServer() override;
+  bool LookupGoesOnline() override;
   std::vector<FreeDbSite> ServerSites(std::stop_token stop, std::string* error) override;
 };
 

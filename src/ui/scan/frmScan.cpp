@@ -20,6 +20,7 @@
 
 #include "app/SettingsStore.h"
 #include "app/WindowLayout.h"
+#include "audio/uFreeDb.h"
 #include "catalog/Attributes.h"
 #include "catalog/TextUtil.h"
 #include "scan/ScanChecks.h"
@@ -27,6 +28,7 @@
 #include "ui/scan/uFolderBrowser.h"
 #include "ui/session/CatalogReads.h"
 #include "ui/session/CatalogSession.h"
+#include "ui/session/NotifyPrompt.h"
 #include "ui/session/UiSettings.h"
 #include "ui/session/ViewLoader.h"
 #include "ui/widgets/ThemeIcons.h"
@@ -489,12 +491,15 @@ void frmScan::StartLookup(const DiscToc& toc, size_t match) {
   btnOK_->setEnabled(false);
   btnStopLookup_->show();
   cboFreeDbMatch_->setEnabled(false);
+  LookupRequest request;
+  request.match = match;
+  request.online = MayGoOnline();
   std::shared_ptr<ScanSources> sources = sources_;
   QPointer<frmScan> self(this);
   lookup_.Run<DiscLookupResult>(
       this,
-      [sources, toc, match, self](std::stop_token stop) {
-        return sources->Lookup(toc, match, stop, [self](const std::string& line) {
+      [sources, toc, request, self](std::stop_token stop) {
+        return sources->Lookup(toc, request, stop, [self](const std::string& line) {
           const QString text = Qs(line);
           QMetaObject::invokeMethod(
               qApp,
@@ -505,6 +510,30 @@ void frmScan::StartLookup(const DiscToc& toc, size_t match) {
         });
       },
       [this](DiscLookupResult& r) { LookupDone(r); });
+}
+
+bool frmScan::MayGoOnline() {
+  if (!sources_->LookupGoesOnline()) return false;
+  if (goOnline_) return *goOnline_;
+  // Asked once per dialog; a remembered answer stands for the question.
+  if (!UiSettings::Switch("lNotifyConnectFreedb")) {
+    goOnline_ = UiSettings::Switch("lNotifyConnectFreedbAction");
+    return *goOnline_;
+  }
+  PromptRequest r;
+  r.text = Std(tr("Gorvan can ask the server %1 for the album and track titles of this CD.\n"
+                  "Do you want to connect to it now?")
+                   .arg(Qs(sources_->LookupServer())));
+  r.buttons = PromptButtons::kYesNo;
+  r.icon = PromptIcon::kQuestion;
+  r.notifyKey = "lNotifyConnectFreedb";
+  const PromptReply reply = session_.prompt().Ask(r);
+  goOnline_ = reply.answer == PromptAnswer::kYes;
+  if (reply.dontShowAgain) {
+    UiSettings::SetSwitch("lNotifyConnectFreedb", false);
+    UiSettings::SetSwitch("lNotifyConnectFreedbAction", *goOnline_);
+  }
+  return *goOnline_;
 }
 
 void frmScan::StopLookup() {
@@ -536,6 +565,15 @@ void frmScan::LookupDone(const DiscLookupResult& r) {
     SetStatus(tr("The lookup was stopped: the tracks keep their numbers."));
   } else if (!r.errors.empty()) {
     SetStatus(Qs(r.errors.front().second));
+    for (const auto& [number, text] : r.errors) {
+      if (number != uFreeDb::kErrNetwork) continue;
+      PromptRequest m;
+      m.text = kNoInternet;
+      m.icon = PromptIcon::kWarning;
+      m.notifyKey = "lNotifyNoInternet";
+      NotifyPrompt::Ask(session_.prompt(), m, PromptAnswer::kOk);
+      break;
+    }
   } else {
     SetStatus(tr("This disc was not found: the tracks keep their numbers."));
   }

@@ -20,6 +20,7 @@
 
 #include <QDialog>
 #include <memory>
+#include <optional>
 #include <vector>
 
 #include "audio/AudioScanValues.h"
@@ -53,6 +54,8 @@ inline constexpr const char* kEnhancedOffText =
     "You can later change the setting from the Options panel!!";
 inline constexpr const char* kGettingTracks = "Getting Audio CD Track Information";
 inline constexpr const char* kAudioTabCaption = "Audio CD Information";
+inline constexpr const char* kNoInternet =
+    "Internet Connection To Server Failed!!\nPlease verify you internet connection!!";
 
 class frmScan : public QDialog {
   Q_OBJECT
@@ -117,6 +120,10 @@ class frmScan : public QDialog {
   void AskEnhanced();
   void StartLookup(const DiscToc& toc, size_t match = 0);
   void StopLookup();
+  // Whether this dialog's lookups may ask a server: the settings, then the
+  // user ("lNotifyConnectFreedb", the remembered answer
+  // "lNotifyConnectFreedbAction").
+  bool MayGoOnline();
   void LookupDone(const DiscLookupResult& result);
   void ShowAudio(const AudioScanValues& values);
   void FillDefaultName();
@@ -135,6 +142,7 @@ class frmScan : public QDialog {
   ScanProposal proposal_;
   DiscToc toc_;
   int32_t scanMode_ = 0;
+  std::optional<bool> goOnline_;
   ScanSettings settings_;
   ScanVolume volume_;
   std::vector<AudioTrack> tracks_;
