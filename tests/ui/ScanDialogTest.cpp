@@ -103,6 +103,19 @@ TEST_F(ScanDialogTest, NameFollowsTheFolderBelowItsVolumeElseTheLabel) {
   EXPECT_EQ(categories->itemText(1), QStringLiteral("Music"));
   EXPECT_EQ(categories->itemText(2).trimmed(), QStringLiteral("Jazz"));
   EXPECT_TRUE(categories->itemText(2).startsWith(QLatin1Char(' ')));
+  d->reject();
+
+  // A category chosen in the explorer is the new disc's category.
+  ui::CatalogItem jazz;
+  jazz.kind = NodeKind::kCategory;
+  jazz.id = categories->itemData(2).toInt();
+  window->activeView()->Reveal(jazz);
+  ASSERT_EQ(window->activeView()->currentItem().id, jazz.id);
+  Trigger("mnuCdAdd");
+  ASSERT_TRUE(ui::ScanFeature::OpenDialog());
+  Idle();
+  EXPECT_EQ(In<QComboBox>(ui::ScanFeature::OpenDialog(), "uComboCategory1")->currentData().toInt(),
+            jazz.id);
 }
 
 TEST_F(ScanDialogTest, StartupDriveSelectChoosesWhereTheDialogStarts) {

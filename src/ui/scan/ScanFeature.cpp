@@ -88,7 +88,9 @@ Status UpdateEntry(classData& data, int32_t id, const ScanSettings& s) {
 
 void ScanFeature::Register(CommandHooks& hooks) {
   hooks.Register(QStringLiteral("mnuCdAdd"), [](const CommandContext& c) {
-    if (c.window) OpenScan(*c.window, 0, c.path);
+    // A new disc goes under the category chosen in the view, if one is.
+    const int32_t category = c.item.kind == NodeKind::kCategory ? c.item.id : 0;
+    if (c.window) OpenScan(*c.window, 0, c.path, category);
   });
   hooks.Register(QStringLiteral("mnuCdAddNoScan"), [](const CommandContext& c) {
     if (c.window) OpenNoScan(*c.window, 0);
@@ -124,7 +126,8 @@ frmScan* ScanFeature::NewDialog(frmMenu& window) {
   return dialog;
 }
 
-frmScan* ScanFeature::OpenScan(frmMenu& window, int32_t discId, const QString& path) {
+frmScan* ScanFeature::OpenScan(frmMenu& window, int32_t discId, const QString& path,
+                               int32_t category) {
   if (frmScan* open = Current()) {
     open->raise();
     open->activateWindow();
@@ -133,7 +136,7 @@ frmScan* ScanFeature::OpenScan(frmMenu& window, int32_t discId, const QString& p
   CatalogSession& session = window.session();
   if (!session.isOpen() || session.busy()) return nullptr;
   frmScan* dialog = NewDialog(window);
-  if (!dialog->ScanCd(discId, path)) {
+  if (!dialog->ScanCd(discId, path, category)) {
     delete dialog;
     session.prompt().Message(kChooseDiscToRescan);
     return nullptr;

@@ -32,9 +32,11 @@ class ScanFeature {
   // Registers the commands and the listener for inserted discs.
   static void Register(CommandHooks& hooks);
 
-  // The scan dialog for a new disc (discId < 1) or a rescan; the dialog open
-  // already is brought forward instead. Null when discId is no disc.
-  static frmScan* OpenScan(frmMenu& window, int32_t discId, const QString& path = {});
+  // The scan dialog for a new disc (discId < 1, filed under category) or a
+  // rescan; the dialog open already is brought forward instead. Null when
+  // discId is no disc.
+  static frmScan* OpenScan(frmMenu& window, int32_t discId, const QString& path = {},
+                           int32_t category = 0);
   // The dialog for a disc entry without scanning (new, or discId's entry).
   static frmScan* OpenNoScan(frmMenu& window, int32_t discId);
   // The dialog open now, if any.

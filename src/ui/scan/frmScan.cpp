@@ -315,13 +315,13 @@ bool frmScan::FillFromDisc(int32_t discId) {
   return true;
 }
 
-bool frmScan::ScanCd(int32_t discId, const QString& path) {
+bool frmScan::ScanCd(int32_t discId, const QString& path, int32_t category) {
   noScan_ = false;
   if (discId > 0) {
     if (!FillFromDisc(discId)) return false;
     setWindowTitle(tr("Rescan \"%1\"").arg(fldDataLabel_->text()));
   } else {
-    LoadCategories(0);
+    LoadCategories(category);
   }
   browser_->SetPlaces(sources_->Places());
   if (!path.isEmpty()) {

@@ -68,10 +68,11 @@ class frmScan : public QDialog {
   frmScan(CatalogSession& session, std::shared_ptr<ScanSources> sources, QWidget* parent = nullptr);
   ~frmScan() override;
 
-  // Opens the dialog for a new disc (discId < 1) or a rescan of discId, on
-  // path when given (else as "StartupDriveSelect" says, or the disc's path).
-  // False (and nothing opens) when discId is no disc of the catalog.
-  bool ScanCd(int32_t discId, const QString& path = {});
+  // Opens the dialog for a new disc (discId < 1; filed under category when
+  // given) or a rescan of discId, on path when given (else as
+  // "StartupDriveSelect" says, or the disc's path). False (and nothing
+  // opens) when discId is no disc of the catalog.
+  bool ScanCd(int32_t discId, const QString& path = {}, int32_t category = 0);
   // Opens the dialog for a disc entry without scanning: a new one (discId <
   // 1) or the edit of discId's entry.
   bool ScanCdNoScan(int32_t discId);
