@@ -7,6 +7,7 @@
 #include <QComboBox>
 #include <QImage>
 #include <QPainter>
+#include <QPrinter>
 #include <QProcess>
 #include <QPushButton>
 #include <QRegularExpression>
@@ -129,6 +130,11 @@ class ReportTest : public UiTest {
                       .rootFiles = {{"beach.jpg", 700}},
                       .folders = {{"raw", {{"img1.cr2", 25000000}}}, {"edits", {}}}});
     loose_ = b.Disc({.name = "Loose, with a comma", .rootFiles = {{"x.txt", 1}}});
+    audio_ = b.Disc({.name = "Kind of Blue (CD)",
+                     .rootFiles = {{"So What", 0, 45000.5, 32, "", "AN1|`|AL9:22"},
+                                   {"Freddie Freeloader", 0, 45000.5, 32, "", "AN2|`|AL9:46"}},
+                     .mediaType = 105,
+                     .extra = "AAKind of Blue|`|ARMiles Davis|`|AY1959|`|AM19:08"});
     b.Close();
     RegisterFeatures(hooks);
     Start(path);
@@ -159,7 +165,7 @@ class ReportTest : public UiTest {
     return result;
   }
 
-  int32_t photos_ = 0, jazz_ = 0, summer_ = 0, loose_ = 0;
+  int32_t photos_ = 0, jazz_ = 0, summer_ = 0, loose_ = 0, audio_ = 0;
 };
 
 TEST_F(ReportTest, CatalogReportListsDiscsByCategoryWithTotals) {
@@ -177,13 +183,14 @@ TEST_F(ReportTest, CatalogReportListsDiscsByCategoryWithTotals) {
     seen << kind + l.cells.value(0);
   }
   // "Music" holds no disc of its own: only its subcategory shows.
-  EXPECT_EQ(seen, (QStringList{"H:Music / Jazz", "R:Kind of Blue", "T:Total : 1 disc(s)",
-                               "H:Photos", "R:Summer 2004", "T:Total : 1 disc(s)",
-                               "H:Not in a category", "R:Loose, with a comma",
-                               "T:Total : 1 disc(s)", "T:Catalog total : 3 disc(s)"}));
+  EXPECT_EQ(seen,
+            (QStringList{"H:Music / Jazz", "R:Kind of Blue", "T:Total : 1 disc(s)", "H:Photos",
+                         "R:Summer 2004", "T:Total : 1 disc(s)", "H:Not in a category",
+                         "R:Loose, with a comma", "R:Kind of Blue (CD) - Miles Davis",
+                         "T:Total : 2 disc(s)", "T:Catalog total : 4 disc(s)"}));
   // The totals add the discs' files (a disc's files count every folder).
   const ui::ReportLine& all = doc.lines.back();
-  EXPECT_EQ(all.cells.value(3), QStringLiteral("6"));
+  EXPECT_EQ(all.cells.value(3), QStringLiteral("8"));
 }
 
 TEST_F(ReportTest, DiscReportListsEachFolderWithItsFiles) {
@@ -230,7 +237,7 @@ TEST_F(ReportTest, PreviewFromTheMenuShowsTheCatalogReportAndSavesItAsPdf) {
   const QString text = PdfText(pdf);
   if (text.isEmpty()) GTEST_SKIP() << "pdftotext (poppler-utils) is not installed";
   for (const char* s : {"Gorvan Catalog Report", "Music / Jazz", "Kind of Blue", "Summer 2004",
-                        "Loose, with a comma", "Catalog total : 3 disc(s)", "Page 1 of 1"}) {
+                        "Loose, with a comma", "Catalog total : 4 disc(s)", "Page 1 of 1"}) {
     EXPECT_TRUE(text.contains(QLatin1String(s))) << s << "\n" << text.toStdString();
   }
 }
@@ -248,6 +255,8 @@ TEST_F(ReportTest, PreviewOfADiscFromItsPopupShowsItsFilesAndAllPages) {
   ASSERT_TRUE(SavePdf(pdf).ok());
   const QString text = PdfText(pdf);
   if (text.isEmpty()) GTEST_SKIP() << "pdftotext (poppler-utils) is not installed";
+  // Every column keeps its gap, right-aligned numbers too.
+  EXPECT_FALSE(text.contains(QStringLiteral("SizeAttributes"))) << text.toStdString();
   for (const char* s : {"Gorvan Disc Report", "Disc : Kind of Blue", "/bonus/deep", "take 2.mp3",
                         "<b>bold</b> & \"quoted\""}) {
     EXPECT_TRUE(text.contains(QLatin1String(s))) << s << "\n" << text.toStdString();
@@ -356,6 +365,40 @@ TEST_F(ReportTest, CoverPrintsBothInsertsAtTrueSizeWithCutMarks) {
   const ui::CoverInlay two(content, small);
   EXPECT_EQ(two.pageCount(), 2);
   EXPECT_EQ(two.backPage(), 1);
+}
+
+TEST_F(ReportTest, CoverOfAnAudioCdListsItsTracksWithArtistAndYear) {
+  ui::CoverContent content;
+  ASSERT_TRUE(
+      Read([&](classData& r) { return ui::ReportGather::Cover(r, audio_, &content); }).ok());
+  EXPECT_TRUE(content.audio);
+  EXPECT_EQ(content.artist, QStringLiteral("Miles Davis"));
+  EXPECT_EQ(content.date, QStringLiteral("1959"));
+  ASSERT_EQ(content.entries.size(), 2u);
+  EXPECT_EQ(content.entries[0].text, QStringLiteral("01. So What"));
+  EXPECT_EQ(content.entries[0].value, QStringLiteral("9:22"));
+  EXPECT_EQ(content.entries[1].value, QStringLiteral("9:46"));
+  EXPECT_EQ(content.totals, QStringLiteral("2 track(s), 19:08"));
+
+  // A list longer than the back holds ends with the count of the rest.
+  for (int i = 0; i < 300; ++i) content.entries.push_back({QStringLiteral("Track"), {}});
+  const ui::CoverInlay cover(content, A4());
+  const QString pdf = QString::fromStdString(dir.File("audio.pdf"));
+  {
+    QPrinter printer(QPrinter::HighResolution);
+    printer.setOutputFormat(QPrinter::PdfFormat);
+    printer.setOutputFileName(pdf);
+    printer.setPageLayout(A4());
+    printer.setFullPage(true);
+    QPainter p(&printer);
+    cover.paintPage(p, 0);
+  }
+  const QString text = PdfText(pdf.toStdString());
+  if (text.isEmpty()) GTEST_SKIP() << "pdftotext (poppler-utils) is not installed";
+  for (const char* s : {"Kind of Blue (CD)", "Miles Davis", "1959", "01. So What", "9:22", "more",
+                        "2 track(s), 19:08"}) {
+    EXPECT_TRUE(text.contains(QLatin1String(s))) << s << "\n" << text.toStdString();
+  }
 }
 
 TEST_F(ReportTest, CoverFromThePreviewGoesToAnA4PdfOfItsSize) {

@@ -433,8 +433,10 @@ void frmExport::done(int result) {
 void RegisterExport(CommandHooks& hooks) {
   hooks.Register(QStringLiteral("mnuFileExport"), [](const CommandContext& c) {
     // One export window at a time: a second command brings it forward.
-    if (auto* open = c.window->findChild<frmExport*>(QStringLiteral("frmExport"),
-                                                     Qt::FindDirectChildrenOnly)) {
+    // (A window just closed waits for its deletion: it does not count.)
+    auto* open =
+        c.window->findChild<frmExport*>(QStringLiteral("frmExport"), Qt::FindDirectChildrenOnly);
+    if (open && open->isVisible()) {
       open->raise();
       open->activateWindow();
       return;

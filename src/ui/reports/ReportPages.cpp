@@ -103,12 +103,13 @@ void ReportPages::paintPage(QPainter& painter, int page) const {
   for (size_t i = 0; i < doc_->columns.size(); ++i) {
     x[i + 1] = x[i] + area.width() * std::max(1, doc_->columns[i].weight) / std::max(1, total);
   }
-  const double gap = 4 * px;
+  const double gap = 8 * px;
   auto row = [&](const QFont& font, const QStringList& cells) {
     for (size_t i = 0; i < doc_->columns.size() && i < static_cast<size_t>(cells.size()); ++i) {
-      const bool right = doc_->columns[i].right;
-      textLine(font, cells[static_cast<qsizetype>(i)], x[i] + (right ? gap : 0),
-               x[i + 1] - x[i] - gap, right ? Qt::AlignRight : Qt::AlignLeft, line);
+      // Each cell keeps a gap to the next column, whichever way it aligns.
+      const bool last = i + 1 == doc_->columns.size();
+      textLine(font, cells[static_cast<qsizetype>(i)], x[i], x[i + 1] - x[i] - (last ? 0 : gap),
+               doc_->columns[i].right ? Qt::AlignRight : Qt::AlignLeft, line);
     }
   };
   QStringList heads;

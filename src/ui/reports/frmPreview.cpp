@@ -375,7 +375,8 @@ void RegisterReports(CommandHooks& hooks) {
     }
     auto* window =
         c.window->findChild<frmPreview*>(QStringLiteral("frmPreview"), Qt::FindDirectChildrenOnly);
-    if (!window) window = new frmPreview(*c.session, c.window);
+    // A window just closed waits for its deletion: a new one takes its place.
+    if (!window || !window->isVisible()) window = new frmPreview(*c.session, c.window);
     window->SetDisc(disc);
     window->ShowReport(disc != 0 ? frmPreview::Kind::kDisc : frmPreview::Kind::kCatalog);
     window->show();
