@@ -4,9 +4,12 @@
 // preview window from its commands.
 #include <sys/stat.h>
 
+#include <QAction>
 #include <QComboBox>
 #include <QImage>
+#include <QLineEdit>
 #include <QPainter>
+#include <QPrintDialog>
 #include <QPrinter>
 #include <QProcess>
 #include <QPushButton>
@@ -261,6 +264,55 @@ TEST_F(ReportTest, PreviewOfADiscFromItsPopupShowsItsFilesAndAllPages) {
                         "<b>bold</b> & \"quoted\""}) {
     EXPECT_TRUE(text.contains(QLatin1String(s))) << s << "\n" << text.toStdString();
   }
+}
+
+TEST_F(ReportTest, LinesMadeElsewhereShowAndPrintThroughThePrintDialog) {
+  Trigger("mnuFilePreview");
+  ASSERT_TRUE(Ready());
+  auto doc = std::make_shared<ui::ReportDocument>();
+  doc->title = QStringLiteral("Gorvan Search Report");
+  doc->columns = {{QStringLiteral("Item"), 3000},
+                  {QStringLiteral("Cd or Folder"), 2000},
+                  {QStringLiteral("Path"), 7900}};
+  for (int i = 0; i < 200; ++i) {
+    doc->Row({QStringLiteral("hit %1").arg(i), QStringLiteral("Disc"), QStringLiteral("/a/b")});
+  }
+  Preview()->ShowDocument(doc);
+  EXPECT_EQ(Preview()->kind(), ui::frmPreview::Kind::kDocument);
+  auto* box = Preview()->findChild<QComboBox*>(QStringLiteral("cboReport"));
+  ASSERT_EQ(box->count(), 4);
+  EXPECT_EQ(box->itemText(3), QStringLiteral("Gorvan Search Report"));
+  ASSERT_TRUE(Preview()->report());
+  EXPECT_GE(Preview()->report()->pageCount(), 4);
+  // Away to the catalog report and back: the lines are kept.
+  Preview()->ShowReport(ui::frmPreview::Kind::kCatalog);
+  ASSERT_TRUE(Ready());
+  EXPECT_EQ(Preview()->kind(), ui::frmPreview::Kind::kCatalog);
+  Preview()->ShowReport(ui::frmPreview::Kind::kDocument);
+  ASSERT_TRUE(Ready());
+  EXPECT_EQ(Preview()->kind(), ui::frmPreview::Kind::kDocument);
+
+  // Print: the print dialog's printer here writes a PDF file.
+  Status result = Status::Refused("not ended");
+  QObject::connect(Preview(), &ui::frmPreview::printed, Preview(),
+                   [&result](const Status& s) { result = s; });
+  Preview()->findChild<QAction*>(QStringLiteral("btnPrint"))->trigger();
+  auto* dialog = Find<QPrintDialog>("dlgPrint");
+  ASSERT_TRUE(dialog);
+  const std::string pdf = dir.File("printed.pdf");
+  if (auto* name = dialog->findChild<QLineEdit*>(QStringLiteral("filename"))) {
+    name->setText(QString::fromStdString(pdf));
+  }
+  dialog->printer()->setOutputFormat(QPrinter::PdfFormat);
+  dialog->printer()->setOutputFileName(QString::fromStdString(pdf));
+  dialog->accept();
+  ASSERT_TRUE(WaitFor([&] { return !result.IsRefused(); }, 60000));
+  ASSERT_TRUE(result.ok()) << result.message();
+  EXPECT_EQ(Slurp(pdf).substr(0, 5), "%PDF-");
+  const QString text = PdfText(pdf);
+  if (text.isEmpty()) GTEST_SKIP() << "pdftotext (poppler-utils) is not installed";
+  EXPECT_TRUE(text.contains(QStringLiteral("Gorvan Search Report")));
+  EXPECT_TRUE(text.contains(QStringLiteral("hit 199")));
 }
 
 // A disc of 20,000 files: a report of hundreds of pages, laid out and printed

@@ -158,6 +158,10 @@ void frmPreview::SetBusy(const QString& caption) {
 
 void frmPreview::ShowReport(Kind kind) {
   if (printJob_) return;
+  if (kind == Kind::kDocument) {
+    if (given_) ShowDocument(given_);
+    return;
+  }
   if (kind != Kind::kCatalog && disc_ == 0) kind = Kind::kCatalog;
   kind_ = kind;
   gather_.reset();  // a gathering under way is stopped and waited for
@@ -189,6 +193,8 @@ void frmPreview::ShowReport(Kind kind) {
         return ReportGather::Cover(d, disc, cover.get());
       };
       break;
+    case Kind::kDocument:
+      return;  // handled above: nothing to gather
   }
   view_->SetMessage(caption);
   Status status;
@@ -215,6 +221,20 @@ void frmPreview::ShowReport(Kind kind) {
   });
   SetBusy(caption);
   gather_->Start();
+}
+
+void frmPreview::ShowDocument(std::shared_ptr<const ReportDocument> document) {
+  if (printJob_ || !document) return;
+  gather_.reset();
+  given_ = document;
+  if (reports_->count() <= static_cast<int>(Kind::kDocument)) reports_->addItem(QString());
+  reports_->setItemText(static_cast<int>(Kind::kDocument), document->title);
+  kind_ = Kind::kDocument;
+  document_ = std::move(document);
+  cover_.reset();
+  LayOut();
+  UpdateControls();
+  Q_EMIT reportReady(Status::OK());
 }
 
 void frmPreview::Gathered(const Status& status) {

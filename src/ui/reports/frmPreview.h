@@ -8,6 +8,8 @@
 // pages at once and painted one page at a time as they come into sight.
 // Printing and saving also run on a worker thread, page by page, with Stop.
 //
+// Other windows show their own lines with ShowDocument.
+//
 // Opened by mnuFilePreview (popCdPreview and popBrowse1Preview run it with
 // their item): on a disc, or a folder or file of one, it shows that disc's
 // report; on the catalog or a category, the catalog report. The window's
@@ -44,7 +46,7 @@ class frmPreview : public QMainWindow {
   Q_OBJECT
 
  public:
-  enum class Kind { kCatalog = 0, kDisc = 1, kCover = 2 };
+  enum class Kind { kCatalog = 0, kDisc = 1, kCover = 2, kDocument = 3 };
 
   explicit frmPreview(CatalogSession& session, QWidget* parent = nullptr);
   ~frmPreview() override;
@@ -54,6 +56,10 @@ class frmPreview : public QMainWindow {
   void SetDisc(int32_t discId);
   // Shows a report, gathering it first.
   void ShowReport(Kind kind);
+  // Shows a report whose lines were made elsewhere (the search window's
+  // results), laid out at once; the report box offers it under its title
+  // from then on.
+  void ShowDocument(std::shared_ptr<const ReportDocument> document);
   Kind kind() const { return kind_; }
   int32_t disc() const { return disc_; }
   // The report shown; null while it is gathered.
@@ -111,6 +117,7 @@ class frmPreview : public QMainWindow {
   // What the last gathering gave, kept to lay out again on another paper.
   std::shared_ptr<const ReportDocument> document_;
   std::shared_ptr<const CoverContent> cover_;
+  std::shared_ptr<const ReportDocument> given_;  // ShowDocument's
   std::shared_ptr<const PagedReport> report_;
   WindowSize restored_;
   bool closing_ = false;
