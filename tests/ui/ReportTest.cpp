@@ -109,6 +109,13 @@ TEST(ReportPagesTest, LongReportFillsEveryPageAndKeepsHeadingsWithTheirRows) {
   wide.setOrientation(QPageLayout::Landscape);
   EXPECT_GT(ui::ReportPages(doc, wide).pageCount(), pages.pageCount());
 
+  // A tab inside a text stays inside its cell.
+  ui::ReportDocument tabs;
+  tabs.Row({QStringLiteral("a\tb"), QStringLiteral("c")});
+  EXPECT_EQ(tabs.lines[0].cells(), (QStringList{"a b", "c"}));
+  EXPECT_EQ(tabs.lines[0].cell(1), QStringLiteral("c"));
+  EXPECT_EQ(tabs.lines[0].cell(2), QString());
+
   // An empty report is one page (title and header); a middle page paints.
   auto empty = std::make_shared<ui::ReportDocument>();
   EXPECT_EQ(ui::ReportPages(empty, A4()).pageCount(), 1);
@@ -183,7 +190,7 @@ TEST_F(ReportTest, CatalogReportListsDiscsByCategoryWithTotals) {
     const QString kind = l.kind == ui::ReportLineKind::kHeading ? QStringLiteral("H:")
                          : l.kind == ui::ReportLineKind::kTotal ? QStringLiteral("T:")
                                                                 : QStringLiteral("R:");
-    seen << kind + l.cells.value(0);
+    seen << kind + l.cell(0);
   }
   // "Music" holds no disc of its own: only its subcategory shows.
   EXPECT_EQ(seen,
@@ -193,7 +200,7 @@ TEST_F(ReportTest, CatalogReportListsDiscsByCategoryWithTotals) {
                          "T:Total : 2 disc(s)", "T:Catalog total : 4 disc(s)"}));
   // The totals add the discs' files (a disc's files count every folder).
   const ui::ReportLine& all = doc.lines.back();
-  EXPECT_EQ(all.cells.value(3), QStringLiteral("8"));
+  EXPECT_EQ(all.cell(3), QStringLiteral("8"));
 }
 
 TEST_F(ReportTest, DiscReportListsEachFolderWithItsFiles) {
@@ -206,7 +213,7 @@ TEST_F(ReportTest, DiscReportListsEachFolderWithItsFiles) {
   EXPECT_TRUE(doc.intro.contains(QStringLiteral("Category : Music / Jazz")));
   QStringList headings, rows;
   for (const ui::ReportLine& l : doc.lines) {
-    (l.kind == ui::ReportLineKind::kHeading ? headings : rows) << l.cells.value(0);
+    (l.kind == ui::ReportLineKind::kHeading ? headings : rows) << l.cell(0);
   }
   ASSERT_EQ(headings.size(), 3);
   EXPECT_TRUE(headings[1].startsWith(QStringLiteral("/bonus  (1 file(s), ")))

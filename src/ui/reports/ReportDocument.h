@@ -3,6 +3,11 @@
 // report, search results — gathered on a worker thread and laid out on pages
 // later (ReportPages). A line is a heading (one text across the page), a
 // row (one text per column) or a total (a row set off by a rule).
+//
+// A line keeps its cells in one text, separated by tabs (texts of a report
+// show on one line, with their tabs as symbols, so none holds a tab): a
+// report of a million lines costs about 100 bytes a line, a third of what a
+// list of texts a line would.
 
 #include <QString>
 #include <QStringList>
@@ -20,7 +25,11 @@ enum class ReportLineKind : unsigned char { kHeading, kRow, kTotal };
 
 struct ReportLine {
   ReportLineKind kind = ReportLineKind::kRow;
-  QStringList cells;  // a heading: one text
+  QString text;  // the cells joined by tabs; a heading: its one text
+
+  QStringList cells() const { return text.split(QLatin1Char('\t')); }
+  // Cell i; "" when the line has fewer.
+  QString cell(int i) const { return text.section(QLatin1Char('\t'), i, i); }
 };
 
 struct ReportDocument {
@@ -29,9 +38,25 @@ struct ReportDocument {
   std::vector<ReportColumn> columns;
   std::vector<ReportLine> lines;
 
-  void Heading(const QString& text) { lines.push_back({ReportLineKind::kHeading, {text}}); }
-  void Row(QStringList cells) { lines.push_back({ReportLineKind::kRow, std::move(cells)}); }
-  void Total(QStringList cells) { lines.push_back({ReportLineKind::kTotal, std::move(cells)}); }
+  void Heading(const QString& text) { lines.push_back({ReportLineKind::kHeading, Cell(text)}); }
+  void Row(const QStringList& cells) { lines.push_back({ReportLineKind::kRow, Join(cells)}); }
+  void Total(const QStringList& cells) { lines.push_back({ReportLineKind::kTotal, Join(cells)}); }
+
+ private:
+  // A tab inside a text would split its cell: it shows as a blank.
+  static QString Cell(QString text) {
+    text.replace(QLatin1Char('\t'), QLatin1Char(' '));
+    return text;
+  }
+  static QString Join(const QStringList& cells) {
+    QString joined;
+    for (qsizetype i = 0; i < cells.size(); ++i) {
+      if (i > 0) joined += QLatin1Char('\t');
+      joined += Cell(cells[i]);
+    }
+    joined.squeeze();
+    return joined;
+  }
 };
 
 }  // namespace gorvan::ui

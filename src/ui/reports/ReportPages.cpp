@@ -126,16 +126,16 @@ void ReportPages::paintPage(QPainter& painter, int page) const {
     const ReportLine& l = lines[i];
     switch (l.kind) {
       case ReportLineKind::kHeading:
-        textLine(bold, l.cells.value(0), area.left(), area.width(), Qt::AlignLeft, line);
+        textLine(bold, l.text, area.left(), area.width(), Qt::AlignLeft, line);
         break;
       case ReportLineKind::kRow:
-        row(text, l.cells);
+        row(text, l.cells());
         break;
       case ReportLineKind::kTotal:
         painter.setPen(QPen(Qt::black, 0.5 * px));
         painter.drawLine(QPointF(area.left(), y), QPointF(area.right(), y));
         painter.setPen(Qt::black);
-        row(bold, l.cells);
+        row(bold, l.cells());
         break;
     }
     y += line;
