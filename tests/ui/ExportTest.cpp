@@ -182,6 +182,20 @@ TEST_F(ExportTest, DiscsChosenByCategoryOrOneByOneAreTheOnesWritten) {
   EXPECT_EQ(w->chosenDiscs(), (std::vector<int32_t>{rock_, loose_}));
   EXPECT_EQ(w->options().discIds, (std::vector<int32_t>{rock_, loose_}));
 
+  // A change to the catalog reloads the tree and keeps what was unticked.
+  ASSERT_TRUE(session()
+                  .Edit(ui::CatalogChange::kStructure,
+                        [this](classData& d) {
+                          classCd cd = d.CdCursor();
+                          Status s = d.FindCd(summer_, &cd);
+                          if (s.ok()) cd.SetCdName("Summer, renamed");
+                          return s;
+                        })
+                  .ok());
+  ASSERT_TRUE(WaitFor([&] { return ItemNamed(w, QStringLiteral("Summer, renamed")) != nullptr; }));
+  EXPECT_EQ(ItemNamed(w, QStringLiteral("Summer, renamed"))->checkState(0), Qt::Unchecked);
+  EXPECT_EQ(w->chosenDiscs(), (std::vector<int32_t>{rock_, loose_}));
+
   w->findChild<QRadioButton*>(QStringLiteral("optCSV"))->click();
   ASSERT_TRUE(RunExport(w, dir.File("some.csv")).ok());
   const auto discs = Lines(Slurp(dir.File("some.csv")), 'C');
