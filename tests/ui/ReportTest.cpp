@@ -22,6 +22,7 @@
 #include "ui/UiTestSupport.h"
 #include "ui/main/frmMenu.h"
 #include "ui/reports/CoverInlay.h"
+#include "ui/reports/PrintJob.h"
 #include "ui/reports/ReportGather.h"
 #include "ui/reports/ReportPages.h"
 #include "ui/reports/ReportView.h"
@@ -365,6 +366,31 @@ TEST_F(UiTest, LongDiscReportPaginatesAndPrintsEveryPage) {
       count.match(QString::fromLatin1(bytes.data(), static_cast<qsizetype>(bytes.size())));
   ASSERT_TRUE(m.hasMatch());
   EXPECT_EQ(m.captured(1).toInt(), pages);
+
+  // A range of pages chosen in the print dialog prints those pages only.
+  {
+    QPrinter printer(QPrinter::HighResolution);
+    printer.setOutputFormat(QPrinter::PdfFormat);
+    printer.setOutputFileName(QString::fromStdString(dir.File("range.pdf")));
+    printer.setPrintRange(QPrinter::PageRange);
+    printer.setFromTo(2, 4);
+    ui::PrintJob job(preview->report(), &printer);
+    Status ended = Status::Refused("not ended");
+    QObject::connect(&job, &ui::PrintJob::finished, [&ended](const Status& s) { ended = s; });
+    job.Start();
+    ASSERT_TRUE(WaitFor([&] { return !ended.IsRefused(); }, 60000));
+    ASSERT_TRUE(ended.ok()) << ended.message();
+  }
+  const std::string range = Slurp(dir.File("range.pdf"));
+  const auto r =
+      count.match(QString::fromLatin1(range.data(), static_cast<qsizetype>(range.size())));
+  ASSERT_TRUE(r.hasMatch());
+  EXPECT_EQ(r.captured(1).toInt(), 3);
+  const QString rangeText = PdfText(dir.File("range.pdf"));
+  if (!rangeText.isEmpty()) {
+    EXPECT_TRUE(rangeText.contains(QStringLiteral("Page 2 of %1").arg(pages)));
+    EXPECT_FALSE(rangeText.contains(QStringLiteral("Page 1 of %1").arg(pages)));
+  }
 
   // Stopped, a PDF leaves no file.
   result = Status::Refused("not ended");

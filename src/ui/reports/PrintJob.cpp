@@ -4,6 +4,7 @@
 #include <QMetaObject>
 #include <QPainter>
 #include <QPrinter>
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
 
@@ -60,26 +61,33 @@ Status PrintJob::Run() {
                                ? std::string("The printer could not be started")
                                : "The file " + pdfPath_.toStdString() + " could not be written");
   }
-  const int pages = report_->pageCount();
+  // The pages the print dialog chose (all when it chose no range).
+  int first = 0, end = report_->pageCount();
+  if (printer_->printRange() == QPrinter::PageRange && printer_->fromPage() > 0) {
+    first = std::min(end, printer_->fromPage() - 1);
+    end = std::clamp(printer_->toPage(), first, end);
+  }
+  const int pages = end - first;
   auto last = std::chrono::steady_clock::now();
-  for (int page = 0; page < pages; ++page) {
+  for (int at = 0; at < pages; ++at) {
+    const int page = first + at;
     if (stop_.stop_requested()) {
       printer_->abort();
       painter.end();
       discard();
       return Status::Cancelled();
     }
-    if (page > 0 && !printer_->newPage()) {
+    if (at > 0 && !printer_->newPage()) {
       painter.end();
       discard();
       return Status::IOError("The printer refused a new page");
     }
     report_->paintPage(painter, page);
     const auto now = std::chrono::steady_clock::now();
-    if (now - last > std::chrono::milliseconds(50) || page + 1 == pages) {
+    if (now - last > std::chrono::milliseconds(50) || at + 1 == pages) {
       last = now;
       QMetaObject::invokeMethod(
-          this, [this, page, pages] { Q_EMIT progress(page + 1, pages); }, Qt::QueuedConnection);
+          this, [this, at, pages] { Q_EMIT progress(at + 1, pages); }, Qt::QueuedConnection);
     }
   }
   if (!painter.end()) {

@@ -28,7 +28,8 @@ class PrintJob : public QObject {
   Q_OBJECT
 
  public:
-  // Prints to printer (set up by the caller: a print dialog's choice).
+  // Prints to printer (set up by the caller: a print dialog's choice, with
+  // its range of pages).
   PrintJob(std::shared_ptr<const PagedReport> report, QPrinter* printer);
   // Writes a PDF file of the report's paper layout to path.
   PrintJob(std::shared_ptr<const PagedReport> report, const QString& pdfPath);

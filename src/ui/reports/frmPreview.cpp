@@ -296,6 +296,7 @@ void frmPreview::Print() {
   if (!report_ || busy()) return;
   QPrinter* p = printer();
   p->setPageLayout(pageLayout_);
+  p->setPrintRange(QPrinter::AllPages);
   p->setFromTo(0, 0);
   auto* dialog = new QPrintDialog(p, this);
   dialog->setObjectName(QStringLiteral("dlgPrint"));
