@@ -55,6 +55,7 @@ struct FileRequest {
   std::string defaultExtension;  // without the dot
   std::string startPath;         // folder or file the dialog opens at
   bool save = false;             // a file to write (asks before replacing one)
+  int filterIndex = 0;           // the filter entry chosen when the dialog opens
 };
 
 // The fields of the password dialog, as typed.

@@ -38,6 +38,7 @@ DiscLookupResult DiscLookup::Run(const FreeDbSettings& settings, const DiscToc& 
   }
   if (result.found) {
     result.info = db.Info();
+    result.matches = db.Matches();
   } else if (settings.musicBrainz && !stop.stop_requested()) {
     say("Contacting MusicBrainz Server");
     DiscInfo info = result.info;

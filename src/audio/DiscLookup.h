@@ -13,6 +13,7 @@
 
 #include "audio/DiscInfo.h"
 #include "audio/DiscToc.h"
+#include "audio/FreeDbParser.h"
 #include "audio/FreeDbSettings.h"
 #include "audio/HttpFetch.h"
 
@@ -27,6 +28,9 @@ struct DiscLookupResult {
   // Every error raised on the way (number, text), in order; a later source may
   // still have found the disc.
   std::vector<std::pair<int, std::string>> errors;
+  // The FreeDB matches of the query that found the disc (the one read is
+  // settings.match); empty when FreeDB found nothing.
+  std::vector<QueryMatch> matches;
 };
 
 class DiscLookup {

@@ -40,6 +40,9 @@ struct FreeDbSettings {
   // Not a stored setting: where MusicBrainz is asked (tests point it at a
   // local server).
   std::string musicBrainzServer{kDefaultMusicBrainzServer};
+  // Not a stored setting: which of several FreeDB matches is read (0 the
+  // first; see uFreeDb::SetMatchChoice).
+  size_t match = 0;
 };
 
 }  // namespace gorvan

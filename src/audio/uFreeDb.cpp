@@ -1,5 +1,7 @@
 #include "audio/uFreeDb.h"
 
+#include <algorithm>
+
 #include "audio/AudioText.h"
 #include "audio/DiscId.h"
 #include "audio/LocalFreeDb.h"
@@ -58,6 +60,7 @@ void uFreeDb::Configure(const FreeDbSettings& settings) {
   protocolLevel_ = settings.protocolLevel;
   rules_.artistBeforeIf = settings.artistBeforeIf;
   rules_.artistAfterIf = settings.artistAfterIf;
+  matchChoice_ = settings.match;
 }
 
 std::string uFreeDb::GetMediaTOC(const std::string& drive) {
@@ -101,6 +104,7 @@ bool uFreeDb::LookupMediaByToc(std::string_view contents, std::stop_token stop) 
 
 bool uFreeDb::LookupMediaByToc(const DiscToc& toc, std::stop_token stop) {
   info_ = DiscInfo();
+  matches_.clear();
   errNumber_ = 0;
   errDesc_.clear();
   if (toc.tracks.empty()) return false;
@@ -136,7 +140,8 @@ bool uFreeDb::LookupLocal(std::stop_token stop) {
   const QueryAnswer query =
       FreeDbParser::ParseQueryAnswer(LocalFreeDb::QueryAnswerFor(matches, info_.discId));
   if (query.matches.empty()) return false;
-  const std::string& category = query.matches.front().category;
+  matches_ = query.matches;
+  const std::string& category = ChosenMatch().category;
   for (const LocalFreeDb::Match& m : matches) {
     if (m.category != category) continue;
     if (!ReadEntry(LocalFreeDb::ReadAnswerFor(m, info_.discId), category)) return false;
@@ -231,7 +236,8 @@ bool uFreeDb::LookupRemote(const DiscToc& toc, std::stop_token stop) {
     }
     return false;
   }
-  const QueryMatch& match = query.matches.front();
+  matches_ = query.matches;
+  const QueryMatch& match = ChosenMatch();
   if (!Fetch("cddb+read+" + Escape(match.category) + "+" + Escape(match.discId), stop, &text)) {
     return false;
   }
@@ -244,6 +250,10 @@ bool uFreeDb::LookupRemote(const DiscToc& toc, std::stop_token stop) {
   if (!ReadEntry(text, match.category)) return false;
   info_.source = "freedb";
   return true;
+}
+
+const QueryMatch& uFreeDb::ChosenMatch() const {
+  return matches_[std::min(matchChoice_, matches_.size() - 1)];
 }
 
 bool uFreeDb::ReadEntry(const std::string& readAnswer, const std::string& category) {

@@ -59,16 +59,21 @@ class uFreeDb {
   void SetCDDBFilePath(std::string v) { cddbFilePath_ = std::move(v); }
   bool QueryLocalDatabase() const { return queryLocalDatabase_; }
   void SetQueryLocalDatabase(bool v) { queryLocalDatabase_ = v; }
-  // The query step always takes the first match; kept for the dialog.
+  // The query step takes the first match; kept for the dialog.
   bool UseFirstMatch() const { return useFirstMatch_; }
   void SetUseFirstMatch(bool v) { useFirstMatch_ = v; }
+  // Which of several matches the query step reads: 0 (the default) the first;
+  // an index past the list reads the last. The desktop program lets the user
+  // choose another match and looks the disc up again with it.
+  size_t MatchChoice() const { return matchChoice_; }
+  void SetMatchChoice(size_t v) { matchChoice_ = v; }
   int ProtocolLevel() const { return protocolLevel_; }
   void SetProtocolLevel(int v) { protocolLevel_ = v; }
   const TitleRules& Rules() const { return rules_; }
   void SetRules(TitleRules v) { rules_ = std::move(v); }
 
-  // Server, e-mail, local folder, protocol level and title rules from the
-  // settings; QueryLocalDatabase is left to the caller.
+  // Server, e-mail, local folder, protocol level, title rules and the match
+  // choice from the settings; QueryLocalDatabase is left to the caller.
   void Configure(const FreeDbSettings& settings);
 
   void SetErrorEvent(ErrorEvent fn) { errorEvent_ = std::move(fn); }
@@ -114,6 +119,10 @@ class uFreeDb {
   std::string GetTrackName(int track) const;
   int32_t GetTrackTime(int track) const;
 
+  // The matches of the last query, in the answer's order (empty when the
+  // query found nothing).
+  const std::vector<QueryMatch>& Matches() const { return matches_; }
+
   // --- Sites ------------------------------------------------------------------------
   // Asks the server for its mirror list. On success true and Sites() set; on
   // failure false and the error event raised.
@@ -144,6 +153,8 @@ class uFreeDb {
   // Raises the error for an answer with an unexpected status.
   void RaiseForStatus(int status, const std::string& statusLine);
   bool ReadEntry(const std::string& readAnswer, const std::string& category);
+  // REQUIRES: matches_ is not empty.
+  const QueryMatch& ChosenMatch() const;
   void Raise(int number, std::string text);
 
   std::string appName_ = "Gorvan";
@@ -154,6 +165,7 @@ class uFreeDb {
   std::string cddbFilePath_;
   bool queryLocalDatabase_ = false;
   bool useFirstMatch_ = true;
+  size_t matchChoice_ = 0;
   int protocolLevel_ = FreeDbSettings::kDefaultProtocolLevel;
   TitleRules rules_;
 
@@ -163,6 +175,7 @@ class uFreeDb {
 
   DiscToc lastToc_;
   DiscInfo info_;
+  std::vector<QueryMatch> matches_;
   std::vector<FreeDbSite> sites_;
   int errNumber_ = 0;
   std::string errDesc_;

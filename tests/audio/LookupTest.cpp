@@ -115,6 +115,42 @@ TEST_F(LookupTest, HelloTexts) {
   }
 }
 
+TEST_F(LookupTest, SeveralMatchesReadTheChosenOne) {
+  server_.Answer(kQuery, CannedAnswer::Ok("211 Found inexact matches, list follows\r\n"
+                                          "rock a80efa0d In Extremo / Sterneneisen\r\n"
+                                          "folk a80efa0e Other Band / Other Album\r\n"
+                                          ".\r\n"));
+  const std::string folkRead =
+      "/~cddb/cddb.cgi?cmd=cddb+read+folk+a80efa0e&hello=ann+example.org+Gorvan+1.0.1&proto=6";
+  server_.Answer(folkRead, CannedAnswer::Ok("210 folk a80efa0e\r\n"
+                                            "DTITLE=Other Band / Other Album\r\n"
+                                            "TTITLE0=First\r\n"
+                                            ".\r\n"));
+  // The second match read, as the desktop program asks once the user chose it.
+  db_.SetMatchChoice(1);
+  ASSERT_TRUE(db_.LookupMediaByToc(InExtremoDisc())) << db_.errDesc();
+  EXPECT_EQ(db_.GetArtistName(), "Other Band");
+  EXPECT_EQ(db_.GetAlbumCategory(), "folk");
+  EXPECT_EQ(db_.GetTrackName(1), "First");
+  ASSERT_EQ(db_.Matches().size(), 2u);
+  EXPECT_EQ(db_.Matches()[0].category, "rock");
+  EXPECT_EQ(db_.Matches()[1].title, "Other Band / Other Album");
+  ASSERT_EQ(server_.Requests().size(), 2u);
+  EXPECT_EQ(server_.Requests()[1].target, folkRead);
+
+  // A choice past the list reads the last match; the lookup hands the list on.
+  FreeDbSettings settings;
+  settings.enabled = true;
+  settings.useUrl = true;
+  settings.url = "127.0.0.1:" + std::to_string(server_.port());
+  settings.email = "ann@example.org";
+  settings.match = 5;
+  const DiscLookupResult r = DiscLookup::Run(settings, InExtremoDisc(), DefaultHttpFetch(), {});
+  ASSERT_TRUE(r.found);
+  EXPECT_EQ(r.info.album, "Other Album");
+  EXPECT_EQ(r.matches.size(), 2u);
+}
+
 TEST_F(LookupTest, ServerAnswersThatFindNothing) {
   struct Case {
     const char* what;

@@ -28,6 +28,9 @@ class CatalogView : public QWidget {
   virtual void PropertiesOfCurrent() = 0;
   virtual void LaunchCurrent() = 0;
   virtual void NewCategory() = 0;
+  // Makes item the view's current one: at once when the view shows it, else
+  // as soon as the view has read the catalog again (a disc a job just made).
+  virtual void Reveal(const CatalogItem& item) { (void)item; }
 
  Q_SIGNALS:
   // The selection changed: its count and the bytes of what it holds (< 0:

@@ -169,6 +169,19 @@ void TraditionalView::Changed(CatalogChange change) {
   }
 }
 
+void TraditionalView::Reveal(const CatalogItem& item) {
+  const int32_t disc = item.kind == NodeKind::kDisc ? item.id : item.discId;
+  const QModelIndex at = discModel_->IndexOf(disc);
+  if (!at.isValid()) {
+    // Not listed yet: chosen when the table has read the catalog again.
+    keepDisc_ = disc;
+    return;
+  }
+  browseFocus_ = false;
+  discs_->setCurrentIndex(at);
+  discs_->scrollTo(at);
+}
+
 void TraditionalView::ShowDisc(int32_t discId) {
   shownDisc_ = discId;
   if (discId == 0) {

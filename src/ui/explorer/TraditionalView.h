@@ -34,6 +34,7 @@ class TraditionalView : public CatalogView {
   void PropertiesOfCurrent() override;
   void LaunchCurrent() override;
   void NewCategory() override;
+  void Reveal(const CatalogItem& item) override;
 
   QTreeView* discs() const { return discs_; }
   QTreeView* browse() const { return browse_; }

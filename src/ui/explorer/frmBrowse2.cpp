@@ -337,6 +337,11 @@ bool frmBrowse2::Navigate(const CatalogItem& item) {
   return true;
 }
 
+void frmBrowse2::Reveal(const CatalogItem& item) {
+  // A reload on its way puts the item back as current once its node exists.
+  if (!Navigate(item)) current_ = KeyOf(item);
+}
+
 void frmBrowse2::TreeActivated(const QModelIndex& index) {
   tree_->setExpanded(index, !tree_->isExpanded(index));
 }

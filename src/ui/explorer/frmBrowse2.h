@@ -59,6 +59,7 @@ class frmBrowse2 : public CatalogView {
   // Chooses an item in the tree (expanding what leads to it) and shows what
   // it holds in the list; false when it is not in the tree.
   bool Navigate(const CatalogItem& item);
+  void Reveal(const CatalogItem& item) override;
 
  private:
   // frmBrowse2.cpp

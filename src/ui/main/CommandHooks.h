@@ -25,6 +25,7 @@
 #include <QString>
 #include <QStringList>
 #include <functional>
+#include <vector>
 
 #include "ui/session/CatalogItem.h"
 
@@ -53,12 +54,19 @@ class CommandHooks {
   bool Has(const QString& command) const { return handlers_.contains(command); }
   // Runs the command's handler; false when none is registered.
   bool Run(const QString& command, const CommandContext& context) const;
+  // A feature that lives beside the window for its whole life (the listener
+  // for inserted discs) is made when the window is built.
+  void OnWindow(std::function<void(frmMenu&)> made) { windowHooks_.push_back(std::move(made)); }
+  void WindowMade(frmMenu& window) const {
+    for (const auto& made : windowHooks_) made(window);
+  }
 
   // The commands the features provide, in menu order.
   static const QStringList& FeatureCommands();
 
  private:
   QHash<QString, Handler> handlers_;
+  std::vector<std::function<void(frmMenu&)>> windowHooks_;
 };
 
 // Registers the handlers of every feature built into this program.

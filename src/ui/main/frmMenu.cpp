@@ -65,6 +65,7 @@ frmMenu::frmMenu(CatalogSession& session, const CommandHooks& hooks, QWidget* pa
   UpdateCaption();
   UpdateActions();
   RebuildHistory();
+  hooks_.WindowMade(*this);
 }
 
 frmMenu::~frmMenu() = default;

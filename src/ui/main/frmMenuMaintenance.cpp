@@ -38,11 +38,17 @@ std::string AskTarget(Prompt& prompt, const char* title, const std::string& curr
 void frmMenu::ShowJobProgress(CatalogJob* job) {
   const JobSpec& spec = job->spec();
   if (progress_) progress_->deleteLater();
+  const QString caption = spec.caption;
+  panels_->SetJob(caption);
+  if (spec.ownWindow) {
+    connect(
+        &session_, &CatalogSession::jobFinished, this, [this] { panels_->SetJob(QString()); },
+        Qt::SingleShotConnection);
+    return;
+  }
   progress_ =
       new JobProgressDialog(spec.caption, spec.cancelText, spec.showProgress ? 0 : 600, this);
   connect(progress_, &JobProgressDialog::cancelRequested, job, &CatalogJob::Cancel);
-  const QString caption = spec.caption;
-  panels_->SetJob(caption);
   connect(job, &CatalogJob::progress, this, [this, caption](const JobProgress& p) {
     if (progress_) progress_->Report(p);
     panels_->SetJob(p.maximum > 0 ? tr("%1: %2%").arg(caption).arg(p.value * 100 / p.maximum)

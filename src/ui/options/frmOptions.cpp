@@ -213,9 +213,9 @@ QWidget* frmOptions::ScanningTab() {
   auto* form = new QFormLayout;
   auto* drive = new QComboBox;
   drive->setObjectName(QStringLiteral("cboStartupDriveSelect"));
-  drive->addItem(tr("None"), 0);
+  drive->addItem(tr("None: no path chosen"), 0);
   drive->addItem(tr("The first optical drive"), 1);
-  drive->addItem(tr("The drive or folder scanned last"), 2);
+  drive->addItem(tr("The first optical drive that holds a disc"), 2);
   Bind(QStringLiteral("StartupDriveSelect"), drive,
        {[drive](const SettingsRecord& r) {
           int index = drive->findData(r.startupDriveSelect);

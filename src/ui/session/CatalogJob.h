@@ -42,6 +42,9 @@ struct JobSpec {
   QString caption;     // the progress window's title ("Compacting Data File")
   QString cancelText;  // its cancel button ("Cancel Data Compaction")
   bool showProgress = true;
+  // The feature shows a progress window of its own (a scan): the main window
+  // shows only its status panel.
+  bool ownWindow = false;
   CatalogChange changes = CatalogChange::kStructure;
   // Runs on the worker with the catalog; never touches a widget.
   std::function<JobOutcome(classData& data, JobControl& job)> work;

@@ -45,6 +45,9 @@ std::string QtPrompt::AskFile(const FileRequest& request) {
   dialog.setAcceptMode(request.save ? QFileDialog::AcceptSave : QFileDialog::AcceptOpen);
   dialog.setFileMode(request.save ? QFileDialog::AnyFile : QFileDialog::ExistingFile);
   if (!request.defaultExtension.empty()) dialog.setDefaultSuffix(Qs(request.defaultExtension));
+  const QStringList filters = QtFilter(request.filter).split(QStringLiteral(";;"));
+  if (request.filterIndex > 0 && request.filterIndex < filters.size())
+    dialog.selectNameFilter(filters[request.filterIndex]);
   if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) return {};
   return Std(dialog.selectedFiles().front());
 }
