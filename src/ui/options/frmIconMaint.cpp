@@ -10,6 +10,7 @@
 #include <QListWidget>
 #include <QPushButton>
 #include <QSet>
+#include <QStyle>
 #include <QTableWidget>
 #include <QVBoxLayout>
 
@@ -251,13 +252,21 @@ frmIconPicker::frmIconPicker(const QString& current, QWidget* parent)
   list_->setObjectName(QStringLiteral("lstThemeIcons"));
   list_->setViewMode(QListView::IconMode);
   list_->setResizeMode(QListView::Adjust);
-  list_->setUniformItemSizes(true);
   list_->setWordWrap(true);
   const int side = fontMetrics().height() * 2;
   list_->setIconSize(QSize(side, side));
-  list_->setGridSize(QSize(side * 4, side * 2 + fontMetrics().height() * 2));
+  const QSize grid(fontMetrics().averageCharWidth() * 24, side * 2 + fontMetrics().height() * 2);
+  list_->setGridSize(grid);
+  // Four columns and three rows of icons at least.
+  list_->setMinimumSize(grid.width() * 4 + style()->pixelMetric(QStyle::PM_ScrollBarExtent) +
+                            2 * list_->frameWidth() + 4,
+                        grid.height() * 3);
   for (const QString& name : ThemeNames()) {
-    auto* item = new QListWidgetItem(MapIcons::IconOf(name), name, list_);
+    // Shown as words, so a long name wraps instead of being cut.
+    QString words = name;
+    words.replace(QLatin1Char('-'), QLatin1Char(' '));
+    auto* item = new QListWidgetItem(MapIcons::IconOf(name), words, list_);
+    item->setData(Qt::UserRole, name);
     item->setToolTip(name);
     if (name == current) list_->setCurrentItem(item);
   }
@@ -285,7 +294,7 @@ frmIconPicker::frmIconPicker(const QString& current, QWidget* parent)
     dialog->open();
   });
   connect(list_, &QListWidget::currentItemChanged, this, [this](QListWidgetItem* item) {
-    if (item) key_ = item->text();
+    if (item) key_ = item->data(Qt::UserRole).toString();
   });
   connect(list_, &QListWidget::itemActivated, this, &QDialog::accept);
   connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
