@@ -3,6 +3,7 @@
 
 #include <iostream>
 
+#include "app/AppFolder.h"
 #include "app/ErrorLog.h"
 #include "catalog/TextFormat.h"
 #include "cli/CliContext.h"
@@ -21,6 +22,7 @@ int main(int argc, char** argv) {
   app.add_option("--password", ctx.password, "The catalog's password");
   app.add_flag("-y,--yes", ctx.yes, "Answer Yes to every question");
   app.add_flag("-q,--quiet", ctx.quiet, "No progress lines");
+  app.set_version_flag("--version", "gorvan-cli " + gorvan::VersionString());
   AddCatalogCommands(app, ctx, &result);
   AddEditCommands(app, ctx, &result);
   AddScanCommands(app, ctx, &result);

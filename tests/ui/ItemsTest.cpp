@@ -260,9 +260,9 @@ TEST_F(ItemsTest, TraditionalViewListsEveryDiscAndBrowsesTheChosenOne) {
             (QStringList{"b", "pack.zip", "photo9.jpg", "photo10.jpg", "song.mp3"}));
   Screenshot(window.get(), "frmCdList");
 
-  // popCdEdit renames the disc in place.
+  // F2 renames the disc in place.
   view->discs()->setFocus();
-  Trigger("popCdEdit");
+  QTest::keyClick(view->discs(), Qt::Key_F2);
   auto* editor = view->discs()->findChild<QLineEdit*>();
   ASSERT_TRUE(editor);
   editor->setText(QStringLiteral("Summer 2023"));

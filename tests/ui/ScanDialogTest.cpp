@@ -310,9 +310,14 @@ TEST_F(ScanDialogTest, EntryWithoutScanningIsMadeFromTheDialogAlone) {
   EXPECT_EQ(discs[0].files, 0);
   EXPECT_EQ(window->activeView()->currentItem().id, discs[0].id);
 
-  // The same dialog edits the entry later.
-  ASSERT_TRUE(ui::ScanFeature::OpenNoScan(*window, discs[0].id));
+  // The same dialog edits the entry later: "Edit..." of the traditional view.
+  Trigger("mnuViewExplorer");
+  Idle();
+  ASSERT_EQ(window->activeView()->currentItem().id, discs[0].id);
+  Trigger("popCdEdit");
   d = ui::ScanFeature::OpenDialog();
+  ASSERT_TRUE(d);
+  EXPECT_TRUE(d->noScan());
   Idle();
   EXPECT_EQ(In<QLineEdit>(d, "fldDataLabel")->text(), QStringLiteral("Films 2023"));
   In<QPlainTextEdit>(d, "fldDataNotes")->setPlainText(QStringLiteral("Box 4"));

@@ -126,7 +126,13 @@ TraditionalView::TraditionalView(frmMenu& menu)
     return a;
   };
   on("popCdDelete", false, &TraditionalView::DeleteCurrent);
-  discs_->addAction(on("popCdEdit", false, &TraditionalView::RenameCurrent));
+  // F2 renames the chosen disc in place ("Edit..." opens its whole entry).
+  auto* rename =
+      new QShortcut(QKeySequence(Qt::Key_F2), discs_, nullptr, nullptr, Qt::WidgetShortcut);
+  connect(rename, &QShortcut::activated, this, [this] {
+    browseFocus_ = false;
+    RenameCurrent();
+  });
   on("popCdProperties", false, &TraditionalView::PropertiesOfCurrent);
   on("popBrowse1Launch", true, &TraditionalView::LaunchCurrent);
   on("popBrowse1Properties", true, &TraditionalView::PropertiesOfCurrent);

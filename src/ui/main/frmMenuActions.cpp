@@ -32,6 +32,8 @@ const QHash<QString, QString>& FeaturePopups() {
       {QStringLiteral("popExpListAddCdOrFolder"), QStringLiteral("mnuCdAdd")},
       {QStringLiteral("popCdAdd"), QStringLiteral("mnuCdAdd")},
       {QStringLiteral("popCdRescan"), QStringLiteral("mnuCdRescan")},
+      // The entry of the chosen disc, in the scan dialog without scanning.
+      {QStringLiteral("popCdEdit"), QStringLiteral("popCdEdit")},
       {QStringLiteral("popExpTreeSearch"), QStringLiteral("mnuCdSearch")},
       {QStringLiteral("popExpListSearch"), QStringLiteral("mnuCdSearch")},
       {QStringLiteral("popCdSearch"), QStringLiteral("mnuCdSearch")},
@@ -121,7 +123,7 @@ void frmMenu::CreateActions() {
       {"popExpListSearch", QT_TR_NOOP("&Search..."), {}, "edit-find"},
       {"popCdAdd", QT_TR_NOOP("&Add CD or Folder..."), {}, "media-optical"},
       {"popCdDelete", QT_TR_NOOP("&Delete"), {}, "edit-delete"},
-      {"popCdEdit", QT_TR_NOOP("&Edit Name"), QKeySequence(Qt::Key_F2), nullptr},
+      {"popCdEdit", QT_TR_NOOP("&Edit..."), {}, "document-edit"},
       {"popCdPreview", QT_TR_NOOP("Print Pre&view..."), {}, "document-print-preview"},
       {"popCdProperties", QT_TR_NOOP("&Properties"), {}, "document-properties"},
       {"popCdRescan", QT_TR_NOOP("&Rescan..."), {}, "view-refresh"},
@@ -311,7 +313,7 @@ void frmMenu::UpdateActions() {
        {"mnuFileSaveAs", "mnuFileMerge", "mnuFileBackup", "mnuFileCompact", "mnuFilePassword",
         "mnuCdDelete", "mnuCdCategories", "mnuViewDataOptions", "popExpCatAdd", "popExpCatRemove",
         "popExpCatRename", "popExpListCatAdd", "popExpListCatRemove", "popExpListCatRename",
-        "popCdDelete", "popCdEdit"}) {
+        "popCdDelete"}) {
     set(name, open && idle);
   }
   for (const char* name : {"mnuCdProperties", "mnuCDShowList", "popExpLaunch",
@@ -324,7 +326,7 @@ void frmMenu::UpdateActions() {
                                           QStringLiteral("mnuFilePreview"),
                                           QStringLiteral("mnuCdSearch")};
   static const QStringList writes = {QStringLiteral("mnuCdAdd"), QStringLiteral("mnuCdAddNoScan"),
-                                     QStringLiteral("mnuCdRescan")};
+                                     QStringLiteral("mnuCdRescan"), QStringLiteral("popCdEdit")};
   auto feature = [&](QAction* a, const QString& target) {
     const bool built = hooks_.Has(target);
     bool enabled = built;

@@ -104,6 +104,16 @@ void ScanFeature::Register(CommandHooks& hooks) {
     }
     OpenScan(*c.window, disc);
   });
+  // The traditional view's "Edit..." opens the chosen disc's entry.
+  hooks.Register(QStringLiteral("popCdEdit"), [](const CommandContext& c) {
+    if (!c.window) return;
+    const int32_t disc = DiscOf(c.item);
+    if (disc <= 0) {
+      c.session->prompt().Message(kChooseDiscToEdit);
+      return;
+    }
+    OpenNoScan(*c.window, disc);
+  });
   hooks.Register(QStringLiteral("mnuCdEject"), [](const CommandContext& c) {
     if (!c.window) return;
     auto* dialog = new frmEjectCd(ScanSources::CurrentShared(), c.window);

@@ -26,6 +26,7 @@ class frmScan;
 
 inline constexpr const char* kScanCaption = "Scanning";
 inline constexpr const char* kChooseDiscToRescan = "Choose the disc to rescan first.";
+inline constexpr const char* kChooseDiscToEdit = "Choose the disc to edit first.";
 
 class ScanFeature {
  public:
