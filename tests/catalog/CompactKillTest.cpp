@@ -5,6 +5,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
 
 #include "CatalogFixture.h"
@@ -68,11 +69,16 @@ TEST_F(CompactKillTest, TheCatalogNameAlwaysHoldsTheOldOrTheNewCatalog) {
 
   constexpr int kRuns = 40;
   int sawOld = 0, sawNew = 0;
-  for (int i = 0; i < kRuns; ++i) {
+  // On a loaded machine a run can take several times the undisturbed one, so
+  // the kills could all land before the replace: then further runs wait
+  // twice as long each time, until one outlives the compaction (or kill at
+  // once, should none have landed before it).
+  for (int i = 0, extra = 0; i < kRuns || ((sawOld == 0 || sawNew == 0) && extra < 12); ++i) {
     ASSERT_TRUE(WriteFileBytes(Path(), original));
     // Spread over the whole run, and a little past it.
-    const int delay = static_cast<int>(total.count() * (i + 1) / (kRuns - 4));
-    CompactInChild(delay);
+    int64_t delay = total.count() * (i + 1) / (kRuns - 4);
+    if (i >= kRuns) delay = sawNew == 0 ? total.count() << ++extra : (++extra, 0);
+    CompactInChild(static_cast<int>(std::min<int64_t>(delay, 20'000'000)));
 
     const size_t length = ReadFileBytes(Path()).size();
     if (length == original.size()) {
