@@ -15,6 +15,7 @@
 #include "ui/ScanTestSupport.h"
 #include "ui/explorer/CatalogView.h"
 #include "ui/main/frmMenu.h"
+#include "ui/options/frmOptions.h"
 #include "ui/scan/MediaChangeListener.h"
 #include "ui/scan/frmEjectCd.h"
 #include "ui/scan/frmFreeDbServers.h"
@@ -347,8 +348,14 @@ TEST_F(ScanMediaTest, ServerChooserListsTheSitesAndHandsOverTheChosenOne) {
                       "Random", "gnudb", "server"}},
                     {{"eu.example.org", "http", "8080", "/~cddb/cddb.cgi", "N051.30", "E000.07",
                       "London,", "UK"}}};
-  auto* chooser = new ui::frmFreeDbServers(sources, window.get());
-  chooser->open();
+  // Opened from the options dialog's server row.
+  Trigger("mnuViewOptions");
+  auto* options = Find<ui::frmOptions>("frmOptions");
+  ASSERT_TRUE(options);
+  qobject_cast<QCheckBox*>(options->control(QStringLiteral("FreeDbUseUrl")))->setChecked(true);
+  In<QPushButton>(options, "btnFreeDbSites")->click();
+  auto* chooser = options->findChild<ui::frmFreeDbServers*>();
+  ASSERT_TRUE(chooser);
   ASSERT_TRUE(WaitFor([chooser] { return !chooser->loading(); }));
   QTreeWidget* list = chooser->sites();
   ASSERT_EQ(list->topLevelItemCount(), 2);
@@ -363,6 +370,9 @@ TEST_F(ScanMediaTest, ServerChooserListsTheSitesAndHandsOverTheChosenOne) {
   list->setCurrentItem(list->topLevelItem(1));
   In<QPushButton>(chooser, "btnOK")->click();
   EXPECT_EQ(chosen, QStringLiteral("eu.example.org"));
+  EXPECT_EQ(qobject_cast<QLineEdit*>(options->control(QStringLiteral("FreeDbUrl")))->text(),
+            QStringLiteral("eu.example.org"));
+  options->reject();
 
   // A server that refuses the command: its own text, nothing to choose.
   sources->sites.clear();

@@ -29,6 +29,8 @@
 #include "ui/looks/Skins.h"
 #include "ui/options/BackgroundTask.h"
 #include "ui/options/DialogSize.h"
+#include "ui/scan/ScanSources.h"
+#include "ui/scan/frmFreeDbServers.h"
 #include "ui/widgets/UiText.h"
 
 namespace gorvan::ui {
@@ -260,7 +262,22 @@ QWidget* frmOptions::LookupTab() {
   pathLabel->setBuddy(path);
   form->addRow(pathLabel, pathRow);
   form->addRow(Check("FreeDbUseUrl", tr("A FreeDB &server")));
-  form->addRow(tr("Ser&ver:"), Text("FreeDbUrl", QStringLiteral("gnudb.gnudb.org")));
+  QLineEdit* server = Text("FreeDbUrl", QStringLiteral("gnudb.gnudb.org"));
+  // The server's own list of mirror sites; the one chosen becomes the server.
+  auto* sites = new QPushButton(tr("S&ites..."));
+  sites->setObjectName(QStringLiteral("btnFreeDbSites"));
+  connect(sites, &QPushButton::clicked, this, [this, server] {
+    auto* dialog = new frmFreeDbServers(ScanSources::CurrentShared(), this);
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    connect(dialog, &frmFreeDbServers::siteChosen, server, &QLineEdit::setText);
+    dialog->open();
+  });
+  auto* serverRow = new QHBoxLayout;
+  serverRow->addWidget(server);
+  serverRow->addWidget(sites);
+  auto* serverLabel = new QLabel(tr("Ser&ver:"));
+  serverLabel->setBuddy(server);
+  form->addRow(serverLabel, serverRow);
   auto* level = new QSpinBox;
   level->setObjectName(QStringLiteral("spnFreeDbProtocolLevel"));
   level->setRange(1, 6);
@@ -419,6 +436,7 @@ void frmOptions::UpdateEnabled() {
   findChild<QPushButton*>(QStringLiteral("btnBrowseFreedbDatabase"))
       ->setEnabled(on("FreeDbUseDatabase"));
   control(QStringLiteral("FreeDbUrl"))->setEnabled(on("FreeDbUseUrl"));
+  findChild<QPushButton*>(QStringLiteral("btnFreeDbSites"))->setEnabled(on("FreeDbUseUrl"));
   control(QStringLiteral("FreeDbProtocolLevel"))->setEnabled(on("FreeDbUseUrl"));
   auto* skin = qobject_cast<QComboBox*>(control(QStringLiteral("SkinName")));
   // The background shows only without a skin.
