@@ -11,7 +11,9 @@
 #include <QTreeWidget>
 #include <filesystem>
 
+#include "app/SettingsRecord.h"
 #include "app/SettingsStore.h"
+#include "app/ShellIntegration.h"
 #include "ui/ScanTestSupport.h"
 #include "ui/explorer/CatalogView.h"
 #include "ui/main/frmMenu.h"
@@ -349,9 +351,10 @@ TEST_F(ScanMediaTest, ServerChooserListsTheSitesAndHandsOverTheChosenOne) {
                     {{"eu.example.org", "http", "8080", "/~cddb/cddb.cgi", "N051.30", "E000.07",
                       "London,", "UK"}}};
   // Opened from the options dialog's server row.
-  Trigger("mnuViewOptions");
-  auto* options = Find<ui::frmOptions>("frmOptions");
-  ASSERT_TRUE(options);
+  SettingsRecord settings;
+  const ShellIntegration shell;
+  auto* options = new ui::frmOptions(settings, shell, window.get());
+  options->open();
   qobject_cast<QCheckBox*>(options->control(QStringLiteral("FreeDbUseUrl")))->setChecked(true);
   In<QPushButton>(options, "btnFreeDbSites")->click();
   auto* chooser = options->findChild<ui::frmFreeDbServers*>();
