@@ -1,6 +1,7 @@
 #include "search/CatalogSearch.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 #include <ctime>
 #include <unordered_map>
@@ -186,9 +187,8 @@ Status CatalogSearch::Run(const SearchOptions& options, const RowSink& onRow, Jo
   }
 
   criteria_.CreateMatcher();
-  criteria_.PrepareSearch(options.text, options.caseSensitive, options.inNames,
-                          options.inPathNames, options.inComments, options.inExtra,
-                          options.matchMode, categoryName);
+  criteria_.PrepareSearch(options.text, options.caseSensitive, options.inNames, options.inPathNames,
+                          options.inComments, options.inExtra, options.matchMode, categoryName);
 
   Walk w;
   w.onRow = onRow ? &onRow : nullptr;
@@ -290,7 +290,8 @@ bool CatalogSearch::SearchFolder(Walk& w, classCd& cd, classDir& dir) {
       ShowPath(&w.folderPath);
       w.folderPathReady = true;
       row.path = w.folderPath;
-      row.size = FormatNumber(rec.size);
+      // A scan stores a folder's size negated; the list shows bytes.
+      row.size = FormatNumber(std::fabs(rec.size));
       row.attributes = std::to_string(rec.attr);
       w.file->ReadText(rec.notes, &row.notes);
       (*w.onRow)(row);

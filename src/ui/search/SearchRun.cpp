@@ -1,0 +1,62 @@
+#include "ui/search/SearchRun.h"
+
+#include "catalog/classData.h"
+
+namespace gorvan::ui {
+
+SearchRun::SearchRun(std::unique_ptr<classData> reader, SearchOptions options, QObject* parent)
+    : QObject(parent), reader_(std::move(reader)), options_(std::move(options)) {}
+
+SearchRun::~SearchRun() {
+  stop_.request_stop();
+  if (thread_.joinable()) thread_.join();
+  // Events posted by the worker and not delivered yet go with the object.
+}
+
+void SearchRun::Start() {
+  if (running_ || thread_.joinable()) return;
+  running_ = true;
+  thread_ = std::thread([this] { Work(); });
+}
+
+std::vector<SearchResult> SearchRun::TakeRows() {
+  std::vector<SearchResult> out;
+  std::lock_guard<std::mutex> lock(mutex_);
+  out.swap(rows_);
+  announced_ = false;
+  return out;
+}
+
+void SearchRun::Work() {
+  JobControl job(stop_.get_token(), [this](const JobProgress& p) {
+    QMetaObject::invokeMethod(
+        this, [this, p] { Q_EMIT progress(p); }, Qt::QueuedConnection);
+  });
+  CatalogSearch search(*reader_);
+  const Status status = search.Run(
+      options_,
+      [this](const SearchResult& row) {
+        bool announce = false;
+        {
+          std::lock_guard<std::mutex> lock(mutex_);
+          rows_.push_back(row);
+          announce = !announced_;
+          announced_ = true;
+        }
+        if (announce) {
+          QMetaObject::invokeMethod(
+              this, [this] { Q_EMIT rowsReady(); }, Qt::QueuedConnection);
+        }
+      },
+      job);
+  const qint64 hits = search.hits();
+  QMetaObject::invokeMethod(
+      this,
+      [this, status, hits] {
+        running_ = false;
+        Q_EMIT finished(status, hits);
+      },
+      Qt::QueuedConnection);
+}
+
+}  // namespace gorvan::ui
