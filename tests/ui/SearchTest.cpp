@@ -101,6 +101,36 @@ TEST_F(SearchTest, RefusalsComeInTheFormsOrder) {
   EXPECT_EQ(Control<QLabel>(form, "lblCount")->text(), QStringLiteral("0 items found"));
 }
 
+TEST_F(SearchTest, HostileTextsEndAndLeaveTheWindowUsable) {
+  BuildSample(dir.File("s.cd"));
+  StartOn(dir.File("s.cd"));
+  ui::frmSearch* form = Open();
+  ASSERT_TRUE(form);
+  Check(form, "chkComments", true);
+  Check(form, "chkExtra", true);
+  for (const std::string& text :
+       {std::string(10000, 'x'), std::string(5000, '(') + "a", std::string("((a) or b"),
+        std::string("@@(a+)+$ ()"), std::string("@@[ ()"),
+        std::string("a and b and c and d and e "
+                    "and f and g and h and i "
+                    "and j and k and l and m "
+                    "and n and o and p and q "
+                    "and r and s and t")}) {
+    SCOPED_TRACE(text.substr(0, 40));
+    Search(form, text);
+    EXPECT_FALSE(form->searching());
+    EXPECT_TRUE(Control<QPushButton>(form, "btnOK")->isEnabled());
+  }
+  Search(form, "photo9");
+  EXPECT_EQ(form->model()->rowCount(), 1);
+
+  // Closing the catalog drops the rows: they would lead into another one.
+  Trigger("mnuFileClose");
+  Idle();
+  EXPECT_EQ(form->model()->rowCount(), 0);
+  EXPECT_FALSE(Control<QPushButton>(form, "btnOK")->isEnabled());
+}
+
 TEST_F(SearchTest, ResultsAreTheCommandLinesForTheSameSearch) {
   const Sample s = BuildSample(dir.File("s.cd"));
   struct Case {

@@ -82,7 +82,14 @@ frmSearch::frmSearch(frmMenu& menu, QWidget* parent)
   connect(&session_, &CatalogSession::changed, this, [this](CatalogChange change) {
     if (change == CatalogChange::kStructure || change == CatalogChange::kEverything)
       LoadCategories();
+    // A compaction gives every record a new id: the rows would lead astray.
+    if (change == CatalogChange::kEverything) Forget();
   });
+  connect(&session_, &CatalogSession::opened, this, [this] {
+    Forget();
+    LoadCategories();
+  });
+  connect(&session_, &CatalogSession::closed, this, [this] { Forget(); });
   connect(&session_, &CatalogSession::busyChanged, this, [this] { UpdateState(); });
   UpdateState();
   UpdateCount();
@@ -390,6 +397,16 @@ void frmSearch::StartSearch() {
   run_->Start();
   UpdateState();
   UpdateCount();
+}
+
+void frmSearch::Forget() {
+  const bool had = searching() || model_->rowCount() > 0;
+  run_.reset();
+  model_->Clear();
+  stopped_ = false;
+  UpdateState();
+  UpdateCount();
+  if (had) lblCount_->setText(tr("The catalog changed: search again"));
 }
 
 void frmSearch::StopSearch() {

@@ -112,6 +112,8 @@ class frmSearch : public QWidget {
   void BuildForm();
   void LoadCategories();
   void TakeRows();
+  // The rows belong to a catalog that is gone or was rewritten: drops them.
+  void Forget();
   void Finished(const Status& status, qint64 hits);
   void UpdateState();
   void UpdateCount();
