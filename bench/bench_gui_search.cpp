@@ -24,8 +24,8 @@
 #include <QPrinter>
 #include <QProcess>
 #include <QPushButton>
+#include <QTableView>
 #include <QTimer>
-#include <QTreeView>
 #include <cstdio>
 #include <cstdlib>
 #include <string>

@@ -184,9 +184,9 @@ TEST_F(SearchCommandsTest, LaunchPropertiesArchiveMembersAndColumns) {
   chooser->box(Model::kInternalDate)->setChecked(true);
   Screenshot(chooser, "frmFieldChooser");
   chooser->findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Ok)->click();
-  EXPECT_TRUE(form->list()->header()->isSectionHidden(Model::kCdName));
-  EXPECT_FALSE(form->list()->header()->isSectionHidden(Model::kInternalDate));
-  EXPECT_GT(form->list()->header()->sectionSize(Model::kInternalDate), 0);
+  EXPECT_TRUE(form->list()->horizontalHeader()->isSectionHidden(Model::kCdName));
+  EXPECT_FALSE(form->list()->horizontalHeader()->isSectionHidden(Model::kInternalDate));
+  EXPECT_GT(form->list()->horizontalHeader()->sectionSize(Model::kInternalDate), 0);
   // Every box cleared: nothing to show, OK refuses.
   Idle();
   Popup(form, "popSearchFieldChooser")->trigger();

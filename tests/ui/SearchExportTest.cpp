@@ -112,7 +112,7 @@ TEST_F(SearchExportTest, TextAndXmlAreTheCommandLinesFiles) {
   EXPECT_EQ(WithoutTime(doc), WithoutTime(cliXml));
 
   // The list without its "CD Name" column gives the short text.
-  form->list()->header()->hideSection(Model::kCdName);
+  form->list()->horizontalHeader()->hideSection(Model::kCdName);
   w = ExportWindow(form);
   ASSERT_TRUE(w);
   w->SetType(0);

@@ -10,6 +10,7 @@
 #include <QMenu>
 #include <QProcess>
 #include <QPushButton>
+#include <QTableView>
 #include <QTreeView>
 
 #include "ui/ExplorerFixture.h"

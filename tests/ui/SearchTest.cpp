@@ -209,7 +209,7 @@ TEST_F(SearchTest, ColumnsSortBothWaysDateByItsInternalKeySizesAsNumbers) {
     }
     return out;
   };
-  QHeaderView* header = form->list()->header();
+  QHeaderView* header = form->list()->horizontalHeader();
   QTest::mouseClick(
       header->viewport(), Qt::LeftButton, {},
       QPoint(header->sectionViewportPosition(Model::kDate) + 5, header->height() / 2));
@@ -245,7 +245,7 @@ TEST_F(SearchTest, ColumnsSortBothWaysDateByItsInternalKeySizesAsNumbers) {
   SearchResult r;
   for (const char* name : {"m", "c", "x"}) {
     r.fileName = name;
-    model.Append({r});
+    model.Append(std::vector<SearchResult>{r});
   }
   model.sort(Model::kFileName, Qt::AscendingOrder);
   std::vector<SearchResult> batch;
@@ -326,7 +326,7 @@ TEST_F(SearchTest, ColumnWidthsOrderAndHiddenColumnsAreRemembered) {
   StartOn(dir.File("s.cd"));
   ui::frmSearch* form = Open();
   ASSERT_TRUE(form);
-  QHeaderView* header = form->list()->header();
+  QHeaderView* header = form->list()->horizontalHeader();
   EXPECT_TRUE(header->isSectionHidden(Model::kInternalDate));
   header->resizeSection(Model::kPath, 333);
   header->moveSection(header->visualIndex(Model::kNotes), 0);
@@ -339,7 +339,7 @@ TEST_F(SearchTest, ColumnWidthsOrderAndHiddenColumnsAreRemembered) {
 
   form = Open();
   ASSERT_TRUE(form);
-  header = form->list()->header();
+  header = form->list()->horizontalHeader();
   EXPECT_EQ(header->sectionSize(Model::kPath), 333);
   EXPECT_EQ(header->visualIndex(Model::kNotes), 0);
   EXPECT_TRUE(header->isSectionHidden(Model::kCdName));

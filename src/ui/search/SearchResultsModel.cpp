@@ -52,11 +52,11 @@ void SearchResultsModel::Clear() {
   endResetModel();
 }
 
-void SearchResultsModel::Append(std::vector<SearchResult> rows) {
+template <typename Rows>
+void SearchResultsModel::AppendRows(Rows& rows) {
   if (rows.empty()) return;
   const int first = static_cast<int>(rows_.size());
   const int count = static_cast<int>(rows.size());
-  rows_.reserve(rows_.size() + rows.size());
   for (SearchResult& r : rows) rows_.push_back(std::move(r));
   if (sortColumn_ < 0) {
     beginInsertRows({}, first, first + count - 1);
@@ -92,6 +92,9 @@ void SearchResultsModel::Append(std::vector<SearchResult> rows) {
   changePersistentIndexList(before, after);
   Q_EMIT layoutChanged({}, QAbstractItemModel::VerticalSortHint);
 }
+
+void SearchResultsModel::Append(std::vector<SearchResult> rows) { AppendRows(rows); }
+void SearchResultsModel::Append(std::deque<SearchResult> rows) { AppendRows(rows); }
 
 const SearchResult* SearchResultsModel::Row(const QModelIndex& index) const {
   if (!index.isValid() || index.row() < 0 || index.row() >= static_cast<int>(order_.size()))

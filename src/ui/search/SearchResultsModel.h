@@ -16,6 +16,7 @@
 #include <QAbstractTableModel>
 #include <QFont>
 #include <QIcon>
+#include <deque>
 #include <vector>
 
 #include "search/SearchResult.h"
@@ -48,6 +49,7 @@ class SearchResultsModel : public QAbstractTableModel {
   void Clear();
   // Adds rows found by the search (in the list's order when it is sorted).
   void Append(std::vector<SearchResult> rows);
+  void Append(std::deque<SearchResult> rows);
   // The row shown at view row r / at index (null when there is none).
   const SearchResult* Row(const QModelIndex& index) const;
   const SearchResult& RowAt(int row) const { return rows_[static_cast<size_t>(order_[row])]; }
@@ -65,12 +67,14 @@ class SearchResultsModel : public QAbstractTableModel {
   void sort(int column, Qt::SortOrder order) override;
 
  private:
+  template <typename Rows>
+  void AppendRows(Rows& rows);
   bool Less(int a, int b) const;
   QIcon IconOf(const SearchResult& row) const;
 
-  std::vector<SearchResult> rows_;  // as found
-  std::vector<int> order_;          // view row -> rows_ index
-  int sortColumn_ = -1;             // -1: the search's order
+  std::deque<SearchResult> rows_;  // as found (a deque: rows never move)
+  std::vector<int> order_;         // view row -> rows_ index
+  int sortColumn_ = -1;            // -1: the search's order
   Qt::SortOrder sortOrder_ = Qt::AscendingOrder;
   QFont font_;
   bool fontSet_ = false;

@@ -19,8 +19,8 @@ void SearchRun::Start() {
   thread_ = std::thread([this] { Work(); });
 }
 
-std::vector<SearchResult> SearchRun::TakeRows() {
-  std::vector<SearchResult> out;
+std::deque<SearchResult> SearchRun::TakeRows() {
+  std::deque<SearchResult> out;
   std::lock_guard<std::mutex> lock(mutex_);
   out.swap(rows_);
   announced_ = false;

@@ -17,6 +17,7 @@
 // Thread contract: every public member on the GUI thread.
 
 #include <QObject>
+#include <deque>
 #include <memory>
 #include <mutex>
 #include <stop_token>
@@ -45,7 +46,7 @@ class SearchRun : public QObject {
   void Stop() { stop_.request_stop(); }
   bool running() const { return running_; }
   // The hits found since the last call, in the order found.
-  std::vector<SearchResult> TakeRows();
+  std::deque<SearchResult> TakeRows();
 
  Q_SIGNALS:
   void rowsReady();
@@ -63,8 +64,10 @@ class SearchRun : public QObject {
   bool running_ = false;
 
   std::mutex mutex_;
-  std::vector<SearchResult> rows_;  // found, not taken yet
-  bool announced_ = false;          // rowsReady() is on its way
+  // Found, not taken yet. A deque: a batch of many thousand rows grows
+  // without moving the rows it holds.
+  std::deque<SearchResult> rows_;
+  bool announced_ = false;  // rowsReady() is on its way
 };
 
 }  // namespace gorvan::ui

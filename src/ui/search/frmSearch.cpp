@@ -18,8 +18,9 @@
 #include <QPushButton>
 #include <QRadioButton>
 #include <QShortcut>
+#include <QStyle>
+#include <QTableView>
 #include <QTimer>
-#include <QTreeView>
 #include <QVBoxLayout>
 #include <unordered_map>
 #include <unordered_set>
@@ -184,7 +185,9 @@ void frmSearch::BuildForm() {
   // Wrapped where the window is narrow, so the buttons always show.
   lblHint->setWordWrap(true);
   lblHint->setMinimumWidth(ch * 24);
-  lblHint->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+  lblHint->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Ignored);
+  lblHint->setMinimumHeight(fontMetrics().lineSpacing() * static_cast<int>(std::size(kSearchHint)) +
+                            2 * ch + 2 * lblHint->frameWidth());
 
   btnOK_ = Button(tr("&Search"), "btnOK", "edit-find");
   btnOK_->setDefault(true);
@@ -202,19 +205,29 @@ void frmSearch::BuildForm() {
   top->addWidget(lblHint, 2);
   top->addLayout(buttons);
 
-  list_ = new QTreeView;
+  // A table, not a tree: a tree lays out every row again whenever rows are
+  // added, which a list of 100,000 growing hits cannot afford.
+  list_ = new QTableView;
   list_->setObjectName(QStringLiteral("ListView1"));
   list_->setModel(model_);
-  list_->setRootIsDecorated(false);
-  list_->setUniformRowHeights(true);
-  list_->setAllColumnsShowFocus(true);
+  list_->setShowGrid(false);
+  list_->setWordWrap(false);
+  list_->setCornerButtonEnabled(false);
+  list_->verticalHeader()->hide();
+  list_->verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
+  list_->verticalHeader()->setDefaultSectionSize(
+      std::max(fontMetrics().height(), style()->pixelMetric(QStyle::PM_SmallIconSize)) +
+      fontMetrics().height() / 3);
+  list_->setHorizontalScrollMode(QAbstractItemView::ScrollPerPixel);
   list_->setSelectionMode(QAbstractItemView::SingleSelection);
   list_->setSelectionBehavior(QAbstractItemView::SelectRows);
   list_->setEditTriggers(QAbstractItemView::NoEditTriggers);
   list_->setContextMenuPolicy(Qt::CustomContextMenu);
-  QHeaderView* header = list_->header();
+  QHeaderView* header = list_->horizontalHeader();
   header->setStretchLastSection(false);
   header->setSectionsMovable(true);
+  header->setHighlightSections(false);
+  header->setDefaultAlignment(Qt::AlignLeft | Qt::AlignVCenter);
   // The search's own order until a column is clicked.
   header->setSortIndicator(-1, Qt::AscendingOrder);
   list_->setSortingEnabled(true);
@@ -253,7 +266,7 @@ void frmSearch::BuildForm() {
   connect(btnExport_, &QPushButton::clicked, this, &frmSearch::ExportResults);
   connect(btnPreview_, &QPushButton::clicked, this, &frmSearch::PreviewList);
   connect(list_, &QWidget::customContextMenuRequested, this, &frmSearch::ShowPopup);
-  connect(list_, &QTreeView::activated, this, [this] { SyncToView(0); });
+  connect(list_, &QTableView::activated, this, [this] { SyncToView(0); });
   auto* menuKey = new QShortcut(QKeySequence(Qt::SHIFT | Qt::Key_F10), list_, nullptr, nullptr,
                                 Qt::WidgetShortcut);
   connect(menuKey, &QShortcut::activated, this,
@@ -418,7 +431,7 @@ void frmSearch::StopSearch() {
 void frmSearch::TakeRows() {
   if (!run_) return;
   lastTake_ = NowMs();
-  std::vector<SearchResult> rows = run_->TakeRows();
+  std::deque<SearchResult> rows = run_->TakeRows();
   if (rows.empty()) return;
   model_->Append(std::move(rows));
   if (follow_) {
@@ -470,7 +483,7 @@ void frmSearch::UpdateCount() {
 
 std::vector<ColumnLayout> frmSearch::Columns() const {
   std::vector<ColumnLayout> out;
-  const QHeaderView* header = list_->header();
+  const QHeaderView* header = list_->horizontalHeader();
   for (int i = 0; i < header->count(); ++i) {
     // A hidden column is kept as width 0.
     out.push_back(
@@ -483,12 +496,12 @@ void frmSearch::RestoreLayout() {
   const int ch = fontMetrics().averageCharWidth();
   // Typical widths; "Internal Date" is the sort key of "Date", hidden until
   // the user shows it.
-  const int widths[SearchResultsModel::kColumnCount] = {ch * 32, ch * 20, ch * 40, ch * 20,
+  const int widths[SearchResultsModel::kColumnCount] = {ch * 32, ch * 20, ch * 40, ch * 25,
                                                         ch * 12, ch * 12, ch * 30, 0};
   std::vector<ColumnLayout> defaults;
   for (int c = 0; c < SearchResultsModel::kColumnCount; ++c) defaults.push_back({widths[c], c});
   restoredColumns_ = WindowLayout::RestoreColumns(kListLayoutName, defaults);
-  QHeaderView* header = list_->header();
+  QHeaderView* header = list_->horizontalHeader();
   for (int c = 0; c < SearchResultsModel::kColumnCount; ++c) {
     const int w = restoredColumns_[static_cast<size_t>(c)].width;
     if (w <= 0) {

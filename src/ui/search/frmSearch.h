@@ -41,7 +41,7 @@ class QMenu;
 class QProgressBar;
 class QPushButton;
 class QRadioButton;
-class QTreeView;
+class QTableView;
 
 namespace gorvan::ui {
 
@@ -83,7 +83,7 @@ class frmSearch : public QWidget {
   QString CategoryText() const;
 
   SearchResultsModel* model() const { return model_; }
-  QTreeView* list() const { return list_; }
+  QTableView* list() const { return list_; }
   QMenu* popup() const { return popup_; }
   // The search whose rows the list holds.
   const SearchOptions& lastOptions() const { return last_; }
@@ -146,7 +146,7 @@ class frmSearch : public QWidget {
   QPushButton* btnPreview_;
   QLabel* lblCount_;
   QProgressBar* progress_;
-  QTreeView* list_;
+  QTableView* list_;
   SearchResultsModel* model_;
   QMenu* popup_ = nullptr;
 

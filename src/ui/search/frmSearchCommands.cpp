@@ -1,7 +1,7 @@
 // frmSearch: the pop-up commands on a result, export and print.
 #include <QHeaderView>
 #include <QMenu>
-#include <QTreeView>
+#include <QTableView>
 
 #include "export/SearchResultsExport.h"
 #include "ui/dialogs/PropertiesDialog.h"
@@ -240,7 +240,7 @@ void frmSearch::ViewZipOfCurrent() {
       });
 }
 
-void frmSearch::ChooseFields() { FieldChooser::Open(list_->header(), this); }
+void frmSearch::ChooseFields() { FieldChooser::Open(list_->horizontalHeader(), this); }
 
 void frmSearch::ExportResults() {
   if (searching()) return;
@@ -248,7 +248,7 @@ void frmSearch::ExportResults() {
     session_.prompt().Message(kNothingToExport, PromptIcon::kInformation);
     return;
   }
-  const bool cdNameShown = !list_->header()->isSectionHidden(SearchResultsModel::kCdName);
+  const bool cdNameShown = !list_->horizontalHeader()->isSectionHidden(SearchResultsModel::kCdName);
   frmExport_Search::Open(session_.prompt(), model_->RowsInOrder(), cdNameShown, last_, this);
 }
 
