@@ -5,7 +5,9 @@
 //                   painted (target: under 100 ms)
 //   whole search    from "&Search" until the search has ended and every hit
 //                   is in the list, against `gorvan-cli search --count` of
-//                   the same text in the same run (target: at most 2x)
+//                   the same text in the same run (target: at most 2x); each
+//                   the best of three, as other work on the machine may slow
+//                   any one run
 //   sort the hits   a click on "FileName" with every hit in the list
 //   print to PDF    the search report of every hit, page by page
 // and, with a heartbeat timer (every 2 ms) on the GUI thread, the longest
@@ -49,6 +51,7 @@ using namespace gorvan;
 
 constexpr int kFolders = 1000;
 constexpr int kFilesPerFolder = 1000;
+constexpr int kRuns = 3;
 
 class QuietPrompt final : public Prompt {
  public:
@@ -172,10 +175,15 @@ int main(int argc, char** argv) {
   ui::ThemeIcons::Setup();
   SettingsStore::PutBool("Switches", "lShowAutoUpdateNotice", false);
 
-  // The command line first, once to warm the page cache for both, then timed.
-  double cliMs = 0;
-  (void)CliCount(catalog, text, &cliMs);
-  const long long cliHits = CliCount(catalog, text, &cliMs);
+  // The command line first, once to warm the page cache for both, then the
+  // best of three (the machine may be busy with other work).
+  double cliMs = 1e30;
+  long long cliHits = -1;
+  for (int i = 0; i < 4; ++i) {
+    double ms = 0;
+    cliHits = CliCount(catalog, text, &ms);
+    if (i > 0) cliMs = std::min(cliMs, ms);
+  }
 
   QuietPrompt prompt;
   ui::CommandHooks hooks;
@@ -196,27 +204,33 @@ int main(int argc, char** argv) {
       ->setText(QString::fromStdString(text));
   auto* search = form->findChild<QPushButton*>(QStringLiteral("btnOK"));
 
-  std::printf("search text \"%s\": gorvan-cli counts %lld hits in %.1f ms\n", text.c_str(), cliHits,
-              cliMs);
+  std::printf("search text \"%s\": gorvan-cli counts %lld hits in %.1f ms (best of 3)\n",
+              text.c_str(), cliHits, cliMs);
   std::printf("%-28s %10s %14s\n", "step", "time ms", "worst stall ms");
-  beat.Reset();
+  // Three searches: the first rows and the stalls of the worst, the whole
+  // search of the best.
+  double first = 0, whole = 1e30, searchStall = 0;
   QElapsedTimer t;
-  t.start();
-  search->click();
-  RunUntil([&] { return model->rowCount() > 0 || !form->searching(); });
-  window.repaint();
-  const double first = t.nsecsElapsed() / 1e6;
-  std::printf("%-28s %10.1f %14.1f\n", "first rows shown", first, beat.WorstMs());
-  RunUntil([&] { return !form->searching(); });
-  window.repaint();
-  const double whole = t.nsecsElapsed() / 1e6;
-  const double searchStall = beat.WorstMs();
-  std::printf("%-28s %10.1f %14.1f   (%d rows, %.2fx gorvan-cli)\n", "whole search", whole,
+  for (int run = 0; run < kRuns; ++run) {
+    beat.Reset();
+    t.start();
+    search->click();
+    RunUntil([&] { return model->rowCount() > 0 || !form->searching(); });
+    window.repaint();
+    first = std::max(first, t.nsecsElapsed() / 1e6);
+    RunUntil([&] { return !form->searching(); });
+    window.repaint();
+    whole = std::min(whole, t.nsecsElapsed() / 1e6);
+    searchStall = std::max(searchStall, beat.WorstMs());
+  }
+  std::printf("%-28s %10.1f %14.1f\n", "first rows shown (worst)", first, searchStall);
+  std::printf("%-28s %10.1f %14.1f   (%d rows, %.2fx gorvan-cli)\n", "whole search (best)", whole,
               searchStall, model->rowCount(), whole / cliMs);
 
   beat.Reset();
   t.restart();
   form->list()->sortByColumn(ui::SearchResultsModel::kFileName, Qt::AscendingOrder);
+  RunUntil([&] { return model->sorted(); });
   window.repaint();
   std::printf("%-28s %10.1f %14.1f\n", "sort the hits by name", t.nsecsElapsed() / 1e6,
               beat.WorstMs());

@@ -7,6 +7,7 @@
 #include <QSettings>
 
 #include "app/SettingsStore.h"
+#include "catalog/TextUtil.h"
 #include "ui/SearchFixture.h"
 #include "ui/session/CatalogSession.h"
 
@@ -258,6 +259,24 @@ TEST_F(SearchTest, ColumnsSortBothWaysDateByItsInternalKeySizesAsNumbers) {
   for (int i = 0; i < model.rowCount(); ++i) names << model.index(i, 0).data().toString();
   EXPECT_EQ(names, (QStringList{"b", "c", "d9", "d10", "m", "x", "z"}));
   EXPECT_EQ(model.index(model.LastAddedRow(), 0).data().toString(), QStringLiteral("d9"));
+
+  // A long list sorts on a thread of its own; rows found meanwhile join it.
+  Model large;
+  std::vector<SearchResult> many;
+  for (int i = 0; i < Model::kBackgroundSortRows + 5000; ++i) {
+    r.fileName = "f" + std::to_string((i * 7919) % 100003);
+    many.push_back(r);
+  }
+  large.Append(std::move(many));
+  large.sort(Model::kFileName, Qt::DescendingOrder);
+  r.fileName = "f99999999";
+  large.Append(std::vector<SearchResult>{r});
+  ASSERT_TRUE(WaitFor([&large] { return large.sorted(); }));
+  ASSERT_EQ(large.rowCount(), Model::kBackgroundSortRows + 5001);
+  EXPECT_EQ(large.RowAt(0).fileName, "f99999999");
+  for (int i = 1; i < large.rowCount(); ++i) {
+    ASSERT_GE(NaturalCompare(large.RowAt(i - 1).fileName, large.RowAt(i).fileName), 0) << i;
+  }
 }
 
 // One folder of many files: a search long enough to be stopped.
@@ -306,6 +325,27 @@ TEST_F(SearchTest, StopAndCloseEndTheSearchAndKeepItsRows) {
   close->click();
   Idle();
   EXPECT_EQ(window->documents()->subWindowList().size(), 1);
+}
+
+TEST_F(SearchTest, ALongListSortedKeepsItsChosenRow) {
+  const std::string catalog = BuildLarge(dir, Model::kBackgroundSortRows + 1000);
+  StartOn(catalog);
+  ui::frmSearch* form = Open();
+  ASSERT_TRUE(form);
+  Search(form, "file");
+  Model* m = form->model();
+  ASSERT_EQ(m->rowCount(), Model::kBackgroundSortRows + 1000);
+  form->list()->setCurrentIndex(m->index(123, 2));
+  ASSERT_EQ(m->RowAt(123).fileName, "file123.dat");
+  form->list()->sortByColumn(Model::kFileName, Qt::DescendingOrder);
+  ASSERT_TRUE(WaitFor([m] { return m->sorted(); }));
+  const QModelIndex at = form->list()->currentIndex();
+  ASSERT_TRUE(at.isValid());
+  EXPECT_EQ(m->RowAt(at.row()).fileName, "file123.dat");
+  EXPECT_EQ(at.column(), 2);
+  EXPECT_NE(at.row(), 123);
+  EXPECT_EQ(m->RowAt(0).fileName,
+            "file" + std::to_string(Model::kBackgroundSortRows + 999) + ".dat");
 }
 
 TEST_F(SearchTest, TheFollowSwitchChoosesEachNewRow) {

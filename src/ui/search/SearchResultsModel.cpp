@@ -43,53 +43,93 @@ bool Number(const std::string& text, double* out) {
 
 }  // namespace
 
-SearchResultsModel::SearchResultsModel(QObject* parent) : QAbstractTableModel(parent) {}
+SearchResultsModel::SearchResultsModel(QObject* parent)
+    : QAbstractTableModel(parent), rows_(std::make_shared<Rows>()) {}
+
+SearchResultsModel::~SearchResultsModel() {
+  // Its result, posted to this model, goes with the model.
+  if (sorter_.joinable()) sorter_.join();
+}
 
 void SearchResultsModel::Clear() {
   beginResetModel();
-  rows_.clear();
+  // A running sort keeps the old rows alive until it ends; its order is not shown.
+  ++sortGeneration_;
+  sorting_ = false;
+  rows_ = std::make_shared<Rows>();
   order_.clear();
   endResetModel();
 }
 
-template <typename Rows>
-void SearchResultsModel::AppendRows(Rows& rows) {
+template <typename Batch>
+void SearchResultsModel::AppendRows(Batch& rows) {
   if (rows.empty()) return;
-  const int first = static_cast<int>(rows_.size());
+  const int first = static_cast<int>(rows_->size());
   const int count = static_cast<int>(rows.size());
-  for (SearchResult& r : rows) rows_.push_back(std::move(r));
-  if (sortColumn_ < 0) {
-    beginInsertRows({}, first, first + count - 1);
+  for (SearchResult& r : rows) rows_->push_back(std::move(r));
+  if (sortColumn_ < 0 || sorting_) {
+    // In the search's order, or waiting for a sort that takes them in.
+    beginInsertRows({}, static_cast<int>(order_.size()),
+                    static_cast<int>(order_.size()) + count - 1);
     for (int i = 0; i < count; ++i) order_.push_back(first + i);
     endInsertRows();
     return;
   }
-  // Sorted: the batch is sorted on its own and merged into the list, one
-  // pass over the rows however many batches come.
-  std::vector<int> batch(static_cast<size_t>(count));
-  for (int i = 0; i < count; ++i) batch[static_cast<size_t>(i)] = first + i;
+  ShowOrder(Merged(order_, first));
+}
+
+std::vector<int> SearchResultsModel::Merged(const std::vector<int>& sorted, int first) const {
+  // The new rows are sorted on their own and merged into the sorted ones: one
+  // pass over the list however many batches come.
+  const int total = static_cast<int>(rows_->size());
+  std::vector<int> batch;
+  batch.reserve(static_cast<size_t>(total - first));
+  for (int i = first; i < total; ++i) batch.push_back(i);
   const auto less = [this](int a, int b) { return Less(a, b); };
   std::stable_sort(batch.begin(), batch.end(), less);
-  Q_EMIT layoutAboutToBeChanged({}, QAbstractItemModel::VerticalSortHint);
-  const QModelIndexList before = persistentIndexList();
   std::vector<int> merged;
-  merged.reserve(order_.size() + batch.size());
-  std::vector<int> moved(order_.size());  // old view row -> new view row
-  size_t i = 0, j = 0;
-  while (i < order_.size() || j < batch.size()) {
-    if (j == batch.size() || (i < order_.size() && !less(batch[j], order_[i]))) {
-      moved[i] = static_cast<int>(merged.size());
-      merged.push_back(order_[i++]);
-    } else {
-      merged.push_back(batch[j++]);
-    }
+  merged.reserve(sorted.size() + batch.size());
+  std::merge(sorted.begin(), sorted.end(), batch.begin(), batch.end(), std::back_inserter(merged),
+             less);
+  return merged;
+}
+
+void SearchResultsModel::ShowOrder(std::vector<int> order) {
+  if (static_cast<int>(order.size()) >= kBackgroundSortRows) {
+    // A long list is shown anew: a layout change would move a persistent
+    // index for every row of the view's header, which costs the window
+    // longer than the sort. The window puts its chosen row back.
+    Q_EMIT orderChanging();
+    beginResetModel();
+    order_ = std::move(order);
+    endResetModel();
+    Q_EMIT orderChanged();
+    return;
   }
-  order_ = std::move(merged);
-  QModelIndexList after;
-  after.reserve(before.size());
-  for (const QModelIndex& at : before)
-    after.append(index(moved[static_cast<size_t>(at.row())], at.column()));
-  changePersistentIndexList(before, after);
+  const bool grows = order.size() > order_.size();
+  const int before = static_cast<int>(order_.size());
+  if (grows) {
+    // The rows not shown yet (the last ones found) come in first, at the
+    // end; the layout change then puts every row in its place.
+    beginInsertRows({}, before, static_cast<int>(order.size()) - 1);
+    for (int i = before; i < static_cast<int>(order.size()); ++i) order_.push_back(i);
+    endInsertRows();
+  }
+  Q_EMIT layoutAboutToBeChanged({}, QAbstractItemModel::VerticalSortHint);
+  const QModelIndexList from = persistentIndexList();
+  std::vector<int> rowsBefore;
+  rowsBefore.reserve(static_cast<size_t>(from.size()));
+  for (const QModelIndex& at : from) rowsBefore.push_back(order_[static_cast<size_t>(at.row())]);
+  order_ = std::move(order);
+  std::vector<int> viewRow(rows_->size(), 0);
+  for (size_t r = 0; r < order_.size(); ++r)
+    viewRow[static_cast<size_t>(order_[r])] = static_cast<int>(r);
+  QModelIndexList to;
+  to.reserve(from.size());
+  for (qsizetype i = 0; i < from.size(); ++i)
+    to.append(
+        index(viewRow[static_cast<size_t>(rowsBefore[static_cast<size_t>(i)])], from[i].column()));
+  changePersistentIndexList(from, to);
   Q_EMIT layoutChanged({}, QAbstractItemModel::VerticalSortHint);
 }
 
@@ -105,14 +145,24 @@ const SearchResult* SearchResultsModel::Row(const QModelIndex& index) const {
 std::vector<SearchResult> SearchResultsModel::RowsInOrder() const {
   std::vector<SearchResult> out;
   out.reserve(order_.size());
-  for (int i : order_) out.push_back(rows_[static_cast<size_t>(i)]);
+  for (int i : order_) out.push_back((*rows_)[static_cast<size_t>(i)]);
   return out;
 }
 
+int SearchResultsModel::RowIndex(int viewRow) const {
+  if (viewRow < 0 || viewRow >= static_cast<int>(order_.size())) return -1;
+  return order_[static_cast<size_t>(viewRow)];
+}
+
+int SearchResultsModel::ViewRow(int rowIndex) const {
+  const auto it = std::find(order_.begin(), order_.end(), rowIndex);
+  return it == order_.end() ? -1 : static_cast<int>(it - order_.begin());
+}
+
 int SearchResultsModel::LastAddedRow() const {
-  if (rows_.empty()) return -1;
-  if (sortColumn_ < 0) return static_cast<int>(rows_.size()) - 1;
-  const int last = static_cast<int>(rows_.size()) - 1;
+  if (rows_->empty()) return -1;
+  if (sortColumn_ < 0 || sorting_) return static_cast<int>(order_.size()) - 1;
+  const int last = static_cast<int>(rows_->size()) - 1;
   const auto it = std::find(order_.begin(), order_.end(), last);
   return it == order_.end() ? -1 : static_cast<int>(it - order_.begin());
 }
@@ -183,10 +233,14 @@ QVariant SearchResultsModel::headerData(int section, Qt::Orientation orientation
 }
 
 bool SearchResultsModel::Less(int a, int b) const {
-  const SearchResult& x = rows_[static_cast<size_t>(a)];
-  const SearchResult& y = rows_[static_cast<size_t>(b)];
+  return Less((*rows_)[static_cast<size_t>(a)], (*rows_)[static_cast<size_t>(b)], sortColumn_,
+              sortOrder_);
+}
+
+bool SearchResultsModel::Less(const SearchResult& x, const SearchResult& y, int column,
+                              Qt::SortOrder order) {
   int c = 0;
-  switch (sortColumn_) {
+  switch (column) {
     case kDate:
     case kInternalDate:
       // "Date" sorts by its internal key, as the list always has.
@@ -205,31 +259,51 @@ bool SearchResultsModel::Less(int a, int b) const {
       break;
     }
     default:
-      c = NaturalCompare(Field(x, sortColumn_), Field(y, sortColumn_));
+      c = NaturalCompare(Field(x, column), Field(y, column));
   }
-  return sortOrder_ == Qt::AscendingOrder ? c < 0 : c > 0;
+  return order == Qt::AscendingOrder ? c < 0 : c > 0;
 }
 
 void SearchResultsModel::sort(int column, Qt::SortOrder order) {
   if (column < 0 || column >= kColumnCount) return;
-  Q_EMIT layoutAboutToBeChanged({}, QAbstractItemModel::VerticalSortHint);
-  const QModelIndexList before = persistentIndexList();
-  std::vector<int> rowsBefore;
-  rowsBefore.reserve(static_cast<size_t>(before.size()));
-  for (const QModelIndex& at : before) rowsBefore.push_back(order_[static_cast<size_t>(at.row())]);
+  // A view asks twice for one click (the header's indicator, then the view
+  // itself): the sort that runs already answers both.
+  if (sorting_ && column == sortColumn_ && order == sortOrder_) return;
   sortColumn_ = column;
   sortOrder_ = order;
-  std::stable_sort(order_.begin(), order_.end(), [this](int a, int b) { return Less(a, b); });
-  std::vector<int> viewRow(rows_.size());
-  for (size_t r = 0; r < order_.size(); ++r)
-    viewRow[static_cast<size_t>(order_[r])] = static_cast<int>(r);
-  QModelIndexList after;
-  after.reserve(before.size());
-  for (qsizetype i = 0; i < before.size(); ++i)
-    after.append(index(viewRow[static_cast<size_t>(rowsBefore[static_cast<size_t>(i)])],
-                       before[i].column()));
-  changePersistentIndexList(before, after);
-  Q_EMIT layoutChanged({}, QAbstractItemModel::VerticalSortHint);
+  const int generation = ++sortGeneration_;
+  std::vector<int> all(rows_->size());
+  for (size_t i = 0; i < all.size(); ++i) all[i] = static_cast<int>(i);
+  if (static_cast<int>(all.size()) < kBackgroundSortRows) {
+    sorting_ = false;
+    std::stable_sort(all.begin(), all.end(), [this](int a, int b) { return Less(a, b); });
+    ShowOrder(std::move(all));
+    return;
+  }
+  // The rows are read through pointers that stay valid while rows are added
+  // (a deque) and while the list is emptied (the sort holds the rows).
+  if (sorter_.joinable()) sorter_.join();
+  sorting_ = true;
+  auto rows = rows_;
+  std::vector<const SearchResult*> items(all.size());
+  for (size_t i = 0; i < items.size(); ++i) items[i] = &(*rows)[i];
+  sorter_ = std::thread([this, rows, items = std::move(items), all = std::move(all), column, order,
+                         generation]() mutable {
+    std::stable_sort(all.begin(), all.end(), [&](int a, int b) {
+      return Less(*items[static_cast<size_t>(a)], *items[static_cast<size_t>(b)], column, order);
+    });
+    QMetaObject::invokeMethod(
+        this,
+        [this, all = std::move(all), generation]() mutable {
+          if (generation != sortGeneration_) return;
+          sorting_ = false;
+          // Rows added while the sort ran join the new order in their places.
+          const int sortedRows = static_cast<int>(all.size());
+          ShowOrder(Merged(all, sortedRows));
+          Q_EMIT sortDone();
+        },
+        Qt::QueuedConnection);
+  });
 }
 
 }  // namespace gorvan::ui

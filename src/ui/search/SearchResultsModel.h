@@ -11,12 +11,18 @@
 // the texts sort case-blind with runs of digits in number order. A row's key
 // (kKeyRole) is the one SearchResult::Key builds.
 //
+// A list of many rows is sorted on a thread of its own (sorted() tells when
+// the new order is shown), so a click on a column of 100,000 rows never holds
+// the window up; rows that arrive meanwhile join the new order in their places.
+//
 // Thread contract: the GUI thread.
 
 #include <QAbstractTableModel>
 #include <QFont>
 #include <QIcon>
 #include <deque>
+#include <memory>
+#include <thread>
 #include <vector>
 
 #include "search/SearchResult.h"
@@ -44,7 +50,11 @@ class SearchResultsModel : public QAbstractTableModel {
   // "Internal Date", empty for the others.
   static constexpr int kTagRole = Qt::UserRole + 2;
 
+  // Lists of at least this many rows sort on a thread of their own.
+  static constexpr int kBackgroundSortRows = 20000;
+
   explicit SearchResultsModel(QObject* parent = nullptr);
+  ~SearchResultsModel() override;
 
   void Clear();
   // Adds rows found by the search (in the list's order when it is sorted).
@@ -52,13 +62,21 @@ class SearchResultsModel : public QAbstractTableModel {
   void Append(std::deque<SearchResult> rows);
   // The row shown at view row r / at index (null when there is none).
   const SearchResult* Row(const QModelIndex& index) const;
-  const SearchResult& RowAt(int row) const { return rows_[static_cast<size_t>(order_[row])]; }
+  const SearchResult& RowAt(int row) const {
+    return (*rows_)[static_cast<size_t>(order_[static_cast<size_t>(row)])];
+  }
   // Every row in the order the list shows them.
   std::vector<SearchResult> RowsInOrder() const;
+  // The row shown at view row viewRow, as numbered when found; the view row
+  // of such a row. -1 when there is none.
+  int RowIndex(int viewRow) const;
+  int ViewRow(int rowIndex) const;
   // The view row of the row added last (-1 when empty).
   int LastAddedRow() const;
   void SetFont(const QFont& font);
   int sortColumn() const { return sortColumn_; }
+  // False while a sort runs on its thread.
+  bool sorted() const { return !sorting_; }
 
   int rowCount(const QModelIndex& parent = {}) const override;
   int columnCount(const QModelIndex& parent = {}) const override;
@@ -66,18 +84,40 @@ class SearchResultsModel : public QAbstractTableModel {
   QVariant headerData(int section, Qt::Orientation orientation, int role) const override;
   void sort(int column, Qt::SortOrder order) override;
 
+ Q_SIGNALS:
+  // A sort that ran on its thread is shown.
+  void sortDone();
+  // A long list is about to be shown in a new order (a reset, so a view's
+  // chosen row is not kept by the model) / has been.
+  void orderChanging();
+  void orderChanged();
+
  private:
-  template <typename Rows>
-  void AppendRows(Rows& rows);
+  using Rows = std::deque<SearchResult>;
+  // a before b in the order of column (ascending or not).
+  static bool Less(const SearchResult& a, const SearchResult& b, int column, Qt::SortOrder order);
+  // Shows order (view row -> row index) as the list's order, keeping the
+  // persistent indexes on their rows.
+  void ShowOrder(std::vector<int> order);
+  // sorted (rows below first, in the list's order) with the rows from first
+  // on merged into their places.
+  std::vector<int> Merged(const std::vector<int>& sorted, int first) const;
+  template <typename Batch>
+  void AppendRows(Batch& rows);
   bool Less(int a, int b) const;
   QIcon IconOf(const SearchResult& row) const;
 
-  std::deque<SearchResult> rows_;  // as found (a deque: rows never move)
-  std::vector<int> order_;         // view row -> rows_ index
-  int sortColumn_ = -1;            // -1: the search's order
+  // As found. A deque, so rows never move; shared with a running sort,
+  // which reads the rows it was given while new ones are added.
+  std::shared_ptr<Rows> rows_;
+  std::vector<int> order_;  // view row -> rows_ index
+  int sortColumn_ = -1;     // -1: the search's order
   Qt::SortOrder sortOrder_ = Qt::AscendingOrder;
   QFont font_;
   bool fontSet_ = false;
+  std::thread sorter_;
+  bool sorting_ = false;
+  int sortGeneration_ = 0;  // a sort whose generation is past is not shown
 };
 
 }  // namespace gorvan::ui

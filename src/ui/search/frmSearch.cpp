@@ -17,6 +17,7 @@
 #include <QProgressBar>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QScrollBar>
 #include <QShortcut>
 #include <QStyle>
 #include <QTableView>
@@ -248,6 +249,21 @@ void frmSearch::BuildForm() {
   layout->addWidget(list_, 1);
   layout->addLayout(status);
 
+  // A long list shown in a new order keeps its chosen row and its scroll position.
+  connect(model_, &SearchResultsModel::orderChanging, this, [this] {
+    keepRow_ = model_->RowIndex(list_->currentIndex().row());
+    keepColumn_ = std::max(0, list_->currentIndex().column());
+    keepScroll_ = list_->verticalScrollBar()->value();
+  });
+  connect(model_, &SearchResultsModel::orderChanged, this, [this] {
+    list_->verticalScrollBar()->setValue(keepScroll_);
+    const int row = keepRow_ < 0 ? -1 : model_->ViewRow(keepRow_);
+    if (row >= 0) {
+      list_->selectionModel()->setCurrentIndex(
+          model_->index(row, keepColumn_),
+          QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
+    }
+  });
   connect(btnOK_, &QPushButton::clicked, this, &frmSearch::StartSearch);
   connect(fldSearchFor_, &QLineEdit::returnPressed, this, &frmSearch::StartSearch);
   connect(btnStop_, &QPushButton::clicked, this, &frmSearch::StopSearch);

@@ -158,6 +158,9 @@ class frmSearch : public QWidget {
   bool stopped_ = false;
   qint64 lastTake_ = 0;  // when rows were last taken (ms, monotonic)
   bool takePending_ = false;
+  int keepRow_ = -1;  // the chosen row while a long list is reordered
+  int keepColumn_ = 0;
+  int keepScroll_ = 0;
   std::vector<ColumnLayout> restoredColumns_;
   WindowSize restoredSize_;
 };
