@@ -258,7 +258,8 @@ void frmSearch::PreviewList() {
     session_.prompt().Message(kNothingToPrint, PromptIcon::kInformation);
     return;
   }
-  SearchReport::Preview(SearchReport::Lines(*model_, Qs(last_.text), lastCategory_), this);
+  // The preview belongs to the main window: this window may close while pages are painted.
+  SearchReport::Preview(SearchReport::Lines(*model_, Qs(last_.text), lastCategory_), window());
 }
 
 }  // namespace gorvan::ui
