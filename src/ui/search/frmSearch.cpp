@@ -264,6 +264,7 @@ void frmSearch::BuildForm() {
           QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
     }
   });
+  list_->installEventFilter(this);
   connect(btnOK_, &QPushButton::clicked, this, &frmSearch::StartSearch);
   connect(fldSearchFor_, &QLineEdit::returnPressed, this, &frmSearch::StartSearch);
   connect(btnStop_, &QPushButton::clicked, this, &frmSearch::StopSearch);
@@ -550,6 +551,27 @@ void frmSearch::closeEvent(QCloseEvent* event) {
   run_.reset();
   SaveLayout();
   QWidget::closeEvent(event);
+}
+
+bool frmSearch::eventFilter(QObject* watched, QEvent* event) {
+  // The main window's commands on "the chosen item" (Alt+Return properties,
+  // Delete, F2) act on a catalog view; in the results list they would reach
+  // a view the user does not see. The list answers Alt+Return itself and
+  // keeps the others from acting.
+  if (watched == list_ &&
+      (event->type() == QEvent::ShortcutOverride || event->type() == QEvent::KeyPress)) {
+    auto* key = static_cast<QKeyEvent*>(event);
+    const bool properties = (key->key() == Qt::Key_Return || key->key() == Qt::Key_Enter) &&
+                            key->modifiers() == Qt::AltModifier;
+    const bool other = (key->key() == Qt::Key_Delete || key->key() == Qt::Key_F2) &&
+                       key->modifiers() == Qt::NoModifier;
+    if (properties || other) {
+      event->accept();
+      if (event->type() == QEvent::KeyPress && properties) PropertiesOfCurrent();
+      return true;
+    }
+  }
+  return QWidget::eventFilter(watched, event);
 }
 
 void frmSearch::keyPressEvent(QKeyEvent* event) {

@@ -93,9 +93,8 @@ void frmSearch::CreatePopup() {
   on("popSearchLaunch", [this] { LaunchCurrent(); });
   on("popSearchViewZip", [this] { ViewZipOfCurrent(); });
   on("popSearchFieldChooser", [this] { ChooseFields(); });
-  on("popSearchProperties", [this] {
-    PropertiesOfCurrent();
-  })->setShortcut(QKeySequence(Qt::ALT | Qt::Key_Return));
+  // No shortcut of its own: Alt+Return is the main window's properties command.
+  on("popSearchProperties", [this] { PropertiesOfCurrent(); });
   connect(list_->selectionModel(), &QItemSelectionModel::currentChanged, this,
           [this] { UpdatePopup(); });
   connect(model_, &QAbstractItemModel::modelReset, this, [this] { UpdatePopup(); });
