@@ -3,6 +3,9 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdlib>
+#include <iterator>
+#include <type_traits>
+#include <utility>
 
 #include "catalog/TextUtil.h"
 #include "ui/widgets/ThemeIcons.h"
@@ -51,14 +54,15 @@ SearchResultsModel::~SearchResultsModel() {
   if (sorter_.joinable()) sorter_.join();
 }
 
-void SearchResultsModel::Clear() {
+std::shared_ptr<void> SearchResultsModel::Clear() {
   beginResetModel();
   // A running sort keeps the old rows alive until it ends; its order is not shown.
   ++sortGeneration_;
   sorting_ = false;
-  rows_ = std::make_shared<Rows>();
+  std::shared_ptr<void> old = std::exchange(rows_, std::make_shared<Rows>());
   order_.clear();
   endResetModel();
+  return old;
 }
 
 template <typename Batch>
@@ -66,7 +70,12 @@ void SearchResultsModel::AppendRows(Batch& rows) {
   if (rows.empty()) return;
   const int first = static_cast<int>(rows_->size());
   const int count = static_cast<int>(rows.size());
-  for (SearchResult& r : rows) rows_->push_back(std::move(r));
+  if constexpr (std::is_same_v<Batch, std::deque<SearchResult>>) {
+    rows_->Add(std::move(rows));
+  } else {
+    rows_->Add(std::deque<SearchResult>(std::make_move_iterator(rows.begin()),
+                                        std::make_move_iterator(rows.end())));
+  }
   if (sortColumn_ < 0 || sorting_) {
     // In the search's order, or waiting for a sort that takes them in.
     beginInsertRows({}, static_cast<int>(order_.size()),

@@ -20,6 +20,7 @@
 #include <QAbstractTableModel>
 #include <QFont>
 #include <QIcon>
+#include <algorithm>
 #include <deque>
 #include <memory>
 #include <thread>
@@ -56,7 +57,9 @@ class SearchResultsModel : public QAbstractTableModel {
   explicit SearchResultsModel(QObject* parent = nullptr);
   ~SearchResultsModel() override;
 
-  void Clear();
+  // Empties the list. The rows that were shown are handed back: freeing
+  // 100,000 rows takes a while, which the caller may spend elsewhere.
+  std::shared_ptr<void> Clear();
   // Adds rows found by the search (in the list's order when it is sorted).
   void Append(std::vector<SearchResult> rows);
   void Append(std::deque<SearchResult> rows);
@@ -93,7 +96,32 @@ class SearchResultsModel : public QAbstractTableModel {
   void orderChanged();
 
  private:
-  using Rows = std::deque<SearchResult>;
+  // The rows as found, in the batches they came in: a batch is kept as it
+  // was handed over, so adding one moves no row (a row's address never
+  // changes, which a sort on its thread relies on).
+  class Rows {
+   public:
+    size_t size() const { return size_; }
+    bool empty() const { return size_ == 0; }
+    const SearchResult& operator[](size_t i) const {
+      // The batch holding row i: the last that starts at or before it.
+      const size_t k = static_cast<size_t>(std::upper_bound(starts_.begin(), starts_.end(), i) -
+                                           starts_.begin()) -
+                       1;
+      return (*batches_[k])[i - starts_[k]];
+    }
+    void Add(std::deque<SearchResult> batch) {
+      if (batch.empty()) return;
+      starts_.push_back(size_);
+      size_ += batch.size();
+      batches_.push_back(std::make_unique<std::deque<SearchResult>>(std::move(batch)));
+    }
+
+   private:
+    std::vector<std::unique_ptr<std::deque<SearchResult>>> batches_;
+    std::vector<size_t> starts_;
+    size_t size_ = 0;
+  };
   // a before b in the order of column (ascending or not).
   static bool Less(const SearchResult& a, const SearchResult& b, int column, Qt::SortOrder order);
   // Shows order (view row -> row index) as the list's order, keeping the
@@ -107,8 +135,8 @@ class SearchResultsModel : public QAbstractTableModel {
   bool Less(int a, int b) const;
   QIcon IconOf(const SearchResult& row) const;
 
-  // As found. A deque, so rows never move; shared with a running sort,
-  // which reads the rows it was given while new ones are added.
+  // As found; shared with a running sort, which reads the rows it was given
+  // while new ones are added.
   std::shared_ptr<Rows> rows_;
   std::vector<int> order_;  // view row -> rows_ index
   int sortColumn_ = -1;     // -1: the search's order

@@ -4,8 +4,12 @@
 
 namespace gorvan::ui {
 
-SearchRun::SearchRun(std::unique_ptr<classData> reader, SearchOptions options, QObject* parent)
-    : QObject(parent), reader_(std::move(reader)), options_(std::move(options)) {}
+SearchRun::SearchRun(std::unique_ptr<classData> reader, SearchOptions options,
+                     std::shared_ptr<void> garbage, QObject* parent)
+    : QObject(parent),
+      reader_(std::move(reader)),
+      options_(std::move(options)),
+      garbage_(std::move(garbage)) {}
 
 SearchRun::~SearchRun() {
   stop_.request_stop();
@@ -57,6 +61,10 @@ void SearchRun::Work() {
         Q_EMIT finished(status, hits);
       },
       Qt::QueuedConnection);
+  // The rows of the search before go now, on this thread, after the hits
+  // were announced.
+  garbage_.reset();
+  ended_.store(true);
 }
 
 }  // namespace gorvan::ui

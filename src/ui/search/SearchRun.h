@@ -17,6 +17,7 @@
 // Thread contract: every public member on the GUI thread.
 
 #include <QObject>
+#include <atomic>
 #include <deque>
 #include <memory>
 #include <mutex>
@@ -39,12 +40,18 @@ class SearchRun : public QObject {
   Q_OBJECT
 
  public:
-  SearchRun(std::unique_ptr<classData> reader, SearchOptions options, QObject* parent = nullptr);
+  // garbage (the rows of the search before) is freed on the worker thread
+  // once the search has ended, not on the GUI thread.
+  SearchRun(std::unique_ptr<classData> reader, SearchOptions options,
+            std::shared_ptr<void> garbage = {}, QObject* parent = nullptr);
   ~SearchRun() override;
 
   void Start();
   void Stop() { stop_.request_stop(); }
   bool running() const { return running_; }
+  // The thread has ended (also freed what it was given): destroying the run
+  // waits for nothing.
+  bool ended() const { return ended_.load(); }
   // The hits found since the last call, in the order found.
   std::deque<SearchResult> TakeRows();
 
@@ -59,9 +66,11 @@ class SearchRun : public QObject {
 
   std::unique_ptr<classData> reader_;
   SearchOptions options_;
+  std::shared_ptr<void> garbage_;
   std::stop_source stop_;
   std::thread thread_;
   bool running_ = false;
+  std::atomic<bool> ended_{false};
 
   std::mutex mutex_;
   // Found, not taken yet. A deque: a batch of many thousand rows grows

@@ -99,6 +99,7 @@ frmSearch::frmSearch(frmMenu& menu, QWidget* parent)
 
 frmSearch::~frmSearch() {
   run_.reset();
+  retired_.clear();
   SaveLayout();
 }
 
@@ -392,7 +393,9 @@ void frmSearch::StartSearch() {
     return;
   }
   run_.reset();
-  model_->Clear();
+  // Runs whose threads have ended go; one still freeing its rows stays.
+  std::erase_if(retired_, [](const std::unique_ptr<SearchRun>& r) { return r->ended(); });
+  std::shared_ptr<void> previous = model_->Clear();
   last_ = options;
   lastCategory_ = CategoryText();
   follow_ = UiSettings::Switch("lInteractiveSearch");
@@ -403,7 +406,7 @@ void frmSearch::StartSearch() {
   if (auto* sub = qobject_cast<QMdiSubWindow*>(parentWidget()))
     sub->setWindowTitle(tr("Search: %1").arg(RowText(options.text).left(40)));
 
-  run_ = std::make_unique<SearchRun>(std::move(reader), options);
+  run_ = std::make_unique<SearchRun>(std::move(reader), options, std::move(previous));
   connect(run_.get(), &SearchRun::rowsReady, this, [this] {
     const qint64 wait = lastTake_ + kTakeInterval - NowMs();
     if (wait <= 0) {
@@ -462,8 +465,9 @@ void frmSearch::TakeRows() {
 void frmSearch::Finished(const Status& status, qint64 hits) {
   (void)hits;
   TakeRows();
-  // The run is over: its thread has nothing left to do.
-  run_.release()->deleteLater();
+  // The run is over. Its thread may still be freeing the rows of the search
+  // before; it is joined when the next search starts, not now.
+  retired_.push_back(std::move(run_));
   if (status.IsCancelled()) stopped_ = true;
   if (!status.ok() && !status.IsCancelled()) {
     if (status.IsCorruption() || status.IsIOError()) {

@@ -152,6 +152,9 @@ class frmSearch : public QWidget {
   QMenu* popup_ = nullptr;
 
   std::unique_ptr<SearchRun> run_;
+  // Ended runs whose threads may still free the rows of the search before
+  // theirs; they are let go once ended.
+  std::vector<std::unique_ptr<SearchRun>> retired_;
   SearchOptions last_;
   QString lastCategory_;
   int32_t startupCategory_ = 0;
