@@ -86,9 +86,13 @@ frmSearch::frmSearch(frmMenu& menu, QWidget* parent)
       LoadCategories();
     // A compaction gives every record a new id: the rows would lead astray.
     if (change == CatalogChange::kEverything) Forget();
+    // The catalog's display font may have changed.
+    if (change == CatalogChange::kHeader || change == CatalogChange::kEverything)
+      model_->SetFont(CatalogFont::For(session_.fontText()));
   });
   connect(&session_, &CatalogSession::opened, this, [this] {
     Forget();
+    model_->SetFont(CatalogFont::For(session_.fontText()));
     LoadCategories();
   });
   connect(&session_, &CatalogSession::closed, this, [this] { Forget(); });
