@@ -187,8 +187,9 @@ Status CatalogSearch::Run(const SearchOptions& options, const RowSink& onRow, Jo
   }
 
   criteria_.CreateMatcher();
-  criteria_.PrepareSearch(options.text, options.caseSensitive, options.inNames, options.inPathNames,
-                          options.inComments, options.inExtra, options.matchMode, categoryName);
+  criteria_.PrepareSearch(options.text, options.caseSensitive, options.inNames,
+                          options.inPathNames, options.inComments, options.inExtra,
+                          options.matchMode, categoryName);
 
   Walk w;
   w.onRow = onRow ? &onRow : nullptr;
