@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdlib>
-#include <iterator>
-#include <type_traits>
 #include <utility>
 
 #include "catalog/TextUtil.h"
@@ -65,17 +63,14 @@ std::shared_ptr<void> SearchResultsModel::Clear() {
   return old;
 }
 
-template <typename Batch>
-void SearchResultsModel::AppendRows(Batch& rows) {
-  if (rows.empty()) return;
+void SearchResultsModel::AppendRows(std::vector<std::vector<SearchResult>>& blocks) {
   const int first = static_cast<int>(rows_->size());
-  const int count = static_cast<int>(rows.size());
-  if constexpr (std::is_same_v<Batch, std::deque<SearchResult>>) {
-    rows_->Add(std::move(rows));
-  } else {
-    rows_->Add(std::deque<SearchResult>(std::make_move_iterator(rows.begin()),
-                                        std::make_move_iterator(rows.end())));
+  int count = 0;
+  for (std::vector<SearchResult>& block : blocks) {
+    count += static_cast<int>(block.size());
+    rows_->Add(std::move(block));
   }
+  if (count == 0) return;
   if (sortColumn_ < 0 || sorting_) {
     // In the search's order, or waiting for a sort that takes them in.
     beginInsertRows({}, static_cast<int>(order_.size()),
@@ -142,8 +137,14 @@ void SearchResultsModel::ShowOrder(std::vector<int> order) {
   Q_EMIT layoutChanged({}, QAbstractItemModel::VerticalSortHint);
 }
 
-void SearchResultsModel::Append(std::vector<SearchResult> rows) { AppendRows(rows); }
-void SearchResultsModel::Append(std::deque<SearchResult> rows) { AppendRows(rows); }
+void SearchResultsModel::Append(std::vector<SearchResult> rows) {
+  std::vector<std::vector<SearchResult>> blocks;
+  blocks.push_back(std::move(rows));
+  AppendRows(blocks);
+}
+void SearchResultsModel::Append(std::vector<std::vector<SearchResult>> blocks) {
+  AppendRows(blocks);
+}
 
 const SearchResult* SearchResultsModel::Row(const QModelIndex& index) const {
   if (!index.isValid() || index.row() < 0 || index.row() >= static_cast<int>(order_.size()))
@@ -290,7 +291,7 @@ void SearchResultsModel::sort(int column, Qt::SortOrder order) {
     return;
   }
   // The rows are read through pointers that stay valid while rows are added
-  // (a deque) and while the list is emptied (the sort holds the rows).
+  // (kept in their blocks) and while the list is emptied (the sort holds the rows).
   if (sorter_.joinable()) sorter_.join();
   sorting_ = true;
   auto rows = rows_;

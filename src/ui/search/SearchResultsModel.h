@@ -21,7 +21,6 @@
 #include <QFont>
 #include <QIcon>
 #include <algorithm>
-#include <deque>
 #include <memory>
 #include <thread>
 #include <vector>
@@ -62,7 +61,8 @@ class SearchResultsModel : public QAbstractTableModel {
   std::shared_ptr<void> Clear();
   // Adds rows found by the search (in the list's order when it is sorted).
   void Append(std::vector<SearchResult> rows);
-  void Append(std::deque<SearchResult> rows);
+  // Rows in the blocks a search hands them over in, kept as they are.
+  void Append(std::vector<std::vector<SearchResult>> blocks);
   // The row shown at view row r / at index (null when there is none).
   const SearchResult* Row(const QModelIndex& index) const;
   const SearchResult& RowAt(int row) const {
@@ -110,15 +110,15 @@ class SearchResultsModel : public QAbstractTableModel {
                        1;
       return (*batches_[k])[i - starts_[k]];
     }
-    void Add(std::deque<SearchResult> batch) {
+    void Add(std::vector<SearchResult> batch) {
       if (batch.empty()) return;
       starts_.push_back(size_);
       size_ += batch.size();
-      batches_.push_back(std::make_unique<std::deque<SearchResult>>(std::move(batch)));
+      batches_.push_back(std::make_unique<std::vector<SearchResult>>(std::move(batch)));
     }
 
    private:
-    std::vector<std::unique_ptr<std::deque<SearchResult>>> batches_;
+    std::vector<std::unique_ptr<std::vector<SearchResult>>> batches_;
     std::vector<size_t> starts_;
     size_t size_ = 0;
   };
@@ -130,8 +130,7 @@ class SearchResultsModel : public QAbstractTableModel {
   // sorted (rows below first, in the list's order) with the rows from first
   // on merged into their places.
   std::vector<int> Merged(const std::vector<int>& sorted, int first) const;
-  template <typename Batch>
-  void AppendRows(Batch& rows);
+  void AppendRows(std::vector<std::vector<SearchResult>>& blocks);
   bool Less(int a, int b) const;
   QIcon IconOf(const SearchResult& row) const;
 

@@ -23,8 +23,8 @@ void SearchRun::Start() {
   thread_ = std::thread([this] { Work(); });
 }
 
-std::deque<SearchResult> SearchRun::TakeRows() {
-  std::deque<SearchResult> out;
+std::vector<std::vector<SearchResult>> SearchRun::TakeRows() {
+  std::vector<std::vector<SearchResult>> out;
   std::lock_guard<std::mutex> lock(mutex_);
   out.swap(rows_);
   announced_ = false;
@@ -43,7 +43,11 @@ void SearchRun::Work() {
         bool announce = false;
         {
           std::lock_guard<std::mutex> lock(mutex_);
-          rows_.push_back(row);
+          if (rows_.empty() || rows_.back().size() >= kBlockRows) {
+            rows_.emplace_back();
+            rows_.back().reserve(kBlockRows);
+          }
+          rows_.back().push_back(row);
           announce = !announced_;
           announced_ = true;
         }

@@ -18,7 +18,6 @@
 
 #include <QObject>
 #include <atomic>
-#include <deque>
 #include <memory>
 #include <mutex>
 #include <stop_token>
@@ -53,7 +52,10 @@ class SearchRun : public QObject {
   // waits for nothing.
   bool ended() const { return ended_.load(); }
   // The hits found since the last call, in the order found.
-  std::deque<SearchResult> TakeRows();
+  // In blocks of at most kBlockRows, each filled in place and never moved.
+  std::vector<std::vector<SearchResult>> TakeRows();
+
+  static constexpr size_t kBlockRows = 1024;
 
  Q_SIGNALS:
   void rowsReady();
@@ -73,9 +75,9 @@ class SearchRun : public QObject {
   std::atomic<bool> ended_{false};
 
   std::mutex mutex_;
-  // Found, not taken yet. A deque: a batch of many thousand rows grows
-  // without moving the rows it holds.
-  std::deque<SearchResult> rows_;
+  // Found, not taken yet: blocks of reserved room, so a batch of many
+  // thousand rows grows without moving the rows it holds.
+  std::vector<std::vector<SearchResult>> rows_;
   bool announced_ = false;  // rowsReady() is on its way
 };
 

@@ -455,7 +455,7 @@ void frmSearch::StopSearch() {
 void frmSearch::TakeRows() {
   if (!run_) return;
   lastTake_ = NowMs();
-  std::deque<SearchResult> rows = run_->TakeRows();
+  std::vector<std::vector<SearchResult>> rows = run_->TakeRows();
   if (rows.empty()) return;
   model_->Append(std::move(rows));
   if (follow_) {
