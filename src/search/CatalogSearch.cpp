@@ -1,6 +1,7 @@
 #include "search/CatalogSearch.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 #include <ctime>
 #include <unordered_map>
@@ -290,7 +291,8 @@ bool CatalogSearch::SearchFolder(Walk& w, classCd& cd, classDir& dir) {
       ShowPath(&w.folderPath);
       w.folderPathReady = true;
       row.path = w.folderPath;
-      row.size = FormatNumber(rec.size);
+      // A scan stores a folder's size negated; the list shows bytes.
+      row.size = FormatNumber(std::fabs(rec.size));
       row.attributes = std::to_string(rec.attr);
       w.file->ReadText(rec.notes, &row.notes);
       (*w.onRow)(row);

@@ -12,6 +12,17 @@ namespace gorvan::ui {
 
 enum class ListStyle { kLargeIcons, kSmallIcons, kList, kDetails };
 
+// A catalog object for a view to show, chosen: a disc, a folder, a file (in
+// its folder) or an archive member (in its archive file). Ids of the owners
+// that do not apply are 0.
+struct RevealTarget {
+  NodeKind kind = NodeKind::kNone;  // kDisc, kFolder, kFile or kArchiveMember
+  int32_t discId = 0;
+  int32_t folderId = 0;  // the folder itself, or the folder holding the file
+  int32_t fileId = 0;    // the file, or the archive holding the member
+  int32_t memberId = 0;  // the archive member
+};
+
 class CatalogView : public QWidget {
   Q_OBJECT
 
@@ -28,9 +39,13 @@ class CatalogView : public QWidget {
   virtual void PropertiesOfCurrent() = 0;
   virtual void LaunchCurrent() = 0;
   virtual void NewCategory() = 0;
-  // Makes item the view's current one: at once when the view shows it, else
-  // as soon as the view has read the catalog again (a disc a job just made).
-  virtual void Reveal(const CatalogItem& item) { (void)item; }
+  // Shows target, chosen, with what leads to it opened; what is not read yet
+  // (a disc's folders, a folder's files, an archive's members) is read first,
+  // so the choice may land after this returns. A target that is not in the
+  // catalog any more leaves the view where the last step it could take led;
+  // a disc not listed yet (one a job has just made) is chosen as soon as the
+  // view has read the catalog again.
+  virtual void Reveal(const RevealTarget& target) = 0;
 
  Q_SIGNALS:
   // The selection changed: its count and the bytes of what it holds (< 0:

@@ -14,6 +14,7 @@
 #include "ui/explorer/DiscTableModel.h"
 #include "ui/explorer/FileListModel.h"
 #include "ui/explorer/Launcher.h"
+#include "ui/explorer/ListReveal.h"
 #include "ui/main/frmMenu.h"
 #include "ui/session/CatalogSession.h"
 #include "ui/session/ViewLoader.h"
@@ -86,7 +87,12 @@ TraditionalView::TraditionalView(frmMenu& menu)
     } else {
       ShowDisc(0);
     }
+    AdvanceReveal();
   });
+  connect(browseModel_, &FileListModel::folderLoaded, this, &TraditionalView::AdvanceReveal);
+  // A folder's rows arrive after its row was opened.
+  connect(browseModel_, &FileListModel::rowsInserted, this, &TraditionalView::AdvanceReveal,
+          Qt::QueuedConnection);
   connect(discModel_, &DiscTableModel::renameRequested, this,
           [this](const CatalogItem& item, const QString& name) { edits_.Rename(item, name); });
   connect(browse_, &QTreeView::activated, this, [this](const QModelIndex& at) {
@@ -175,19 +181,6 @@ void TraditionalView::Changed(CatalogChange change) {
   }
 }
 
-void TraditionalView::Reveal(const CatalogItem& item) {
-  const int32_t disc = item.kind == NodeKind::kDisc ? item.id : item.discId;
-  const QModelIndex at = discModel_->IndexOf(disc);
-  if (!at.isValid()) {
-    // Not listed yet: chosen when the table has read the catalog again.
-    keepDisc_ = disc;
-    return;
-  }
-  browseFocus_ = false;
-  discs_->setCurrentIndex(at);
-  discs_->scrollTo(at);
-}
-
 void TraditionalView::ShowDisc(int32_t discId) {
   shownDisc_ = discId;
   if (discId == 0) {
@@ -213,6 +206,57 @@ void TraditionalView::ShowDisc(int32_t discId) {
 void TraditionalView::TreeArrived(int32_t discId, std::shared_ptr<const DiscTree> tree) {
   trees_.insert(discId, tree);
   if (discId == shownDisc_) browseModel_->ShowFolder(tree, tree->root());
+  AdvanceReveal();
+}
+
+void TraditionalView::Reveal(const RevealTarget& target) {
+  reveal_ = target;
+  AdvanceReveal();
+}
+
+void TraditionalView::AdvanceReveal() {
+  const RevealTarget t = reveal_;
+  if (t.kind == NodeKind::kNone || !discModel_->loaded()) return;
+  const auto finish = [this] { reveal_ = RevealTarget{}; };
+  const QModelIndex disc = discModel_->IndexOf(t.discId);
+  if (!disc.isValid()) {
+    // A disc a job has just made: chosen when the table has read the catalog
+    // again.
+    if (t.kind == NodeKind::kDisc) keepDisc_ = t.discId;
+    return finish();
+  }
+  browseFocus_ = false;
+  if (shownDisc_ != t.discId || discs_->currentIndex().row() != disc.row()) {
+    discs_->setCurrentIndex(disc);
+    discs_->scrollTo(disc);
+  }
+  if (t.kind == NodeKind::kDisc) {
+    finish();
+    discs_->setFocus();
+    return;
+  }
+  const std::shared_ptr<const DiscTree> tree = trees_.value(t.discId);
+  if (!tree) return;  // TreeArrived brings the next step
+  // The browse list holds the disc's top folder's rows, each folder's rows under it.
+  std::vector<ListReveal::Step> steps;
+  const int32_t node = tree->Find(t.folderId);
+  if (node == DiscTree::kNone) return finish();
+  for (int32_t n = node; n != DiscTree::kNone && n != tree->root(); n = tree->parent(n))
+    steps.emplace(steps.begin(), NodeKind::kFolder, tree->folderId(n));
+  if (t.kind == NodeKind::kFile || t.kind == NodeKind::kArchiveMember)
+    steps.emplace_back(NodeKind::kFile, t.fileId);
+  if (t.kind == NodeKind::kArchiveMember) steps.emplace_back(NodeKind::kArchiveMember, t.memberId);
+  if (steps.empty()) {
+    // The disc's top folder: the disc is its row.
+    finish();
+    discs_->setFocus();
+    return;
+  }
+  if (browseModel_->folderId() != tree->folderId(tree->root())) return;
+  const ListReveal::Result r = ListReveal::Advance(browse_, browseModel_, steps);
+  if (r == ListReveal::Result::kWaiting) return;
+  finish();
+  if (r == ListReveal::Result::kDone) browseFocus_ = true;
 }
 
 void TraditionalView::ShowPopup(QAbstractItemView* view, const QPoint& pos) {

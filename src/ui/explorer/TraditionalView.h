@@ -34,7 +34,7 @@ class TraditionalView : public CatalogView {
   void PropertiesOfCurrent() override;
   void LaunchCurrent() override;
   void NewCategory() override;
-  void Reveal(const CatalogItem& item) override;
+  void Reveal(const RevealTarget& target) override;
 
   QTreeView* discs() const { return discs_; }
   QTreeView* browse() const { return browse_; }
@@ -48,6 +48,8 @@ class TraditionalView : public CatalogView {
   void TreeArrived(int32_t discId, std::shared_ptr<const DiscTree> tree);
   void ShowPopup(QAbstractItemView* view, const QPoint& pos);
   bool BrowseHasFocus() const;
+  // Takes the next step towards reveal_ that the rows read so far allow.
+  void AdvanceReveal();
 
   frmMenu& menu_;
   CatalogSession& session_;
@@ -60,6 +62,7 @@ class TraditionalView : public CatalogView {
   int32_t shownDisc_ = 0;
   int32_t keepDisc_ = 0;  // the disc to choose again after a reload
   bool browseFocus_ = false;
+  RevealTarget reveal_;  // what Reveal was asked to show (kNone: nothing)
 };
 
 }  // namespace gorvan::ui

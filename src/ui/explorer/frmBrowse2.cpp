@@ -15,6 +15,7 @@
 #include "app/WindowLayout.h"
 #include "ui/explorer/CatalogTreeModel.h"
 #include "ui/explorer/FileListModel.h"
+#include "ui/explorer/ListReveal.h"
 #include "ui/main/frmMenu.h"
 #include "ui/session/CatalogSession.h"
 #include "ui/session/UiSettings.h"
@@ -140,14 +141,21 @@ frmBrowse2::frmBrowse2(frmMenu& menu)
   layout->setContentsMargins(0, 0, 0, 0);
   layout->addWidget(splitter_);
 
-  connect(treeModel_, &CatalogTreeModel::reloaded, this, &frmBrowse2::RestoreState);
+  connect(treeModel_, &CatalogTreeModel::reloaded, this, [this] {
+    RestoreState();
+    AdvanceReveal();
+  });
   connect(treeModel_, &CatalogTreeModel::treeLoaded, this, [this](int32_t disc) {
     RestoreState();
     if (showDisc_ == disc) {
       showDisc_ = 0;
       ShowContents(tree_->currentIndex());
     }
+    AdvanceReveal();
   });
+  // An archive's members arrive after the archive's row was opened.
+  connect(listModel_, &FileListModel::rowsInserted, this, &frmBrowse2::AdvanceReveal,
+          Qt::QueuedConnection);
   connect(tree_->selectionModel(), &QItemSelectionModel::currentChanged, this,
           [this](const QModelIndex& current) {
             listFocus_ = false;
@@ -166,6 +174,7 @@ frmBrowse2::frmBrowse2(frmMenu& menu)
       listCurrent_ = 0;
     }
     ListSelectionChanged();
+    AdvanceReveal();
   });
   // The view used last is the one the commands act on.
   connect(details_->selectionModel(), &QItemSelectionModel::currentChanged, this,
@@ -337,9 +346,64 @@ bool frmBrowse2::Navigate(const CatalogItem& item) {
   return true;
 }
 
-void frmBrowse2::Reveal(const CatalogItem& item) {
-  // A reload on its way puts the item back as current once its node exists.
-  if (!Navigate(item)) current_ = KeyOf(item);
+void frmBrowse2::Reveal(const RevealTarget& target) {
+  reveal_ = target;
+  AdvanceReveal();
+}
+
+void frmBrowse2::AdvanceReveal() {
+  const RevealTarget t = reveal_;
+  if (t.kind == NodeKind::kNone || !treeModel_->loaded()) return;
+  const auto finish = [this] { reveal_ = RevealTarget{}; };
+  const CatalogItem disc{NodeKind::kDisc, t.discId, t.discId, {}, false};
+  if (!treeModel_->Disc(t.discId)) {
+    // A disc a job has just made: a reload on its way makes it current once
+    // its node exists.
+    if (t.kind == NodeKind::kDisc) current_ = KeyOf(disc);
+    return finish();
+  }
+  if (t.kind == NodeKind::kDisc) {
+    finish();
+    Navigate(disc);
+    tree_->setFocus();
+    return;
+  }
+  const std::shared_ptr<const DiscTree> discTree = treeModel_->Tree(t.discId);
+  if (!discTree) {
+    // treeLoaded brings the next step.
+    treeModel_->LoadTree(t.discId);
+    return;
+  }
+  const int32_t node = discTree->Find(t.folderId);
+  if (node == DiscTree::kNone) {
+    finish();
+    Navigate(disc);
+    return;
+  }
+  // A disc stands for its top folder in the tree.
+  const CatalogItem folder = node == discTree->root()
+                                 ? disc
+                                 : CatalogItem{NodeKind::kFolder, t.folderId, t.discId, {}, false};
+  const CatalogItem shown = treeModel_->Item(tree_->currentIndex());
+  if (shown.kind != folder.kind || shown.id != folder.id) {
+    if (!Navigate(folder)) return finish();
+  }
+  if (t.kind == NodeKind::kFolder) {
+    finish();
+    tree_->setFocus();
+    return;
+  }
+  if (listModel_->folderId() != t.folderId) return;
+  std::vector<ListReveal::Step> steps{{NodeKind::kFile, t.fileId}};
+  if (t.kind == NodeKind::kArchiveMember) steps.emplace_back(NodeKind::kArchiveMember, t.memberId);
+  const ListReveal::Result r = ListReveal::Advance(details_, listModel_, steps);
+  if (r == ListReveal::Result::kWaiting) return;
+  finish();
+  if (r == ListReveal::Result::kDone) {
+    list()->scrollTo(details_->currentIndex());
+    list()->setFocus();
+    listFocus_ = true;
+  }
 }
 
 void frmBrowse2::TreeActivated(const QModelIndex& index) {

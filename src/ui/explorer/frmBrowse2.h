@@ -48,6 +48,7 @@ class frmBrowse2 : public CatalogView {
   void PropertiesOfCurrent() override;
   void LaunchCurrent() override;
   void NewCategory() override;
+  void Reveal(const RevealTarget& target) override;
 
   QTreeView* tree() const { return tree_; }
   QTreeView* details() const { return details_; }
@@ -59,7 +60,6 @@ class frmBrowse2 : public CatalogView {
   // Chooses an item in the tree (expanding what leads to it) and shows what
   // it holds in the list; false when it is not in the tree.
   bool Navigate(const CatalogItem& item);
-  void Reveal(const CatalogItem& item) override;
 
  private:
   // frmBrowse2.cpp
@@ -74,6 +74,8 @@ class frmBrowse2 : public CatalogView {
   void ListSelectionChanged();
   void ApplyFont();
   bool ListHasFocus() const;
+  // Takes the next step towards reveal_ that the rows read so far allow.
+  void AdvanceReveal();
 
   // frmBrowse2Commands.cpp
   void ConnectCommands();
@@ -100,6 +102,7 @@ class frmBrowse2 : public CatalogView {
   quint64 listCurrent_ = 0;
   int32_t editCategory_ = 0;  // a new category to rename in place once shown
   int32_t showDisc_ = 0;      // a disc whose list waits for its tree
+  RevealTarget reveal_;       // what Reveal was asked to show (kNone: nothing)
 };
 
 }  // namespace gorvan::ui

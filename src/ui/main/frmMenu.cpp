@@ -173,6 +173,11 @@ QMdiSubWindow* frmMenu::OpenView(bool explorer) {
   return slot;
 }
 
+CatalogView* frmMenu::ShowView(bool explorer) {
+  QMdiSubWindow* window = OpenView(explorer);
+  return window ? qobject_cast<CatalogView*>(window->widget()) : nullptr;
+}
+
 void frmMenu::ShowViews() {
   QPointer<QMdiSubWindow> other = explorerMode_ ? traditionalWindow_ : explorerWindow_;
   OpenView(explorerMode_);

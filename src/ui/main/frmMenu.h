@@ -64,6 +64,9 @@ class frmMenu : public QMainWindow {
   QMdiSubWindow* AddDocument(QWidget* widget, const QString& title);
   // The explorer or traditional view that commands act on (null when none).
   CatalogView* activeView() const;
+  // Opens (or brings forward) the explorer or the traditional view beside
+  // what is open, without changing the view mode; null when nothing is open.
+  CatalogView* ShowView(bool explorer);
   bool explorerMode() const { return explorerMode_; }
   StatusPanels& panels() { return *panels_; }
   // What a feature command is handed: the active view's item.

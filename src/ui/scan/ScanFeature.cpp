@@ -267,11 +267,10 @@ frmAnimation* ScanFeature::StartScan(frmMenu& window, const ScanSettings& settin
 }
 
 void ScanFeature::ShowDisc(frmMenu& window, int32_t discId) {
-  CatalogItem item;
-  item.kind = NodeKind::kDisc;
-  item.id = discId;
-  item.discId = discId;
-  if (CatalogView* view = window.activeView()) view->Reveal(item);
+  RevealTarget target;
+  target.kind = NodeKind::kDisc;
+  target.discId = discId;
+  if (CatalogView* view = window.activeView()) view->Reveal(target);
 }
 
 }  // namespace gorvan::ui
