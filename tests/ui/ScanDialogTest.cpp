@@ -13,6 +13,7 @@
 #include "app/SettingsStore.h"
 #include "ui/ScanTestSupport.h"
 #include "ui/explorer/CatalogView.h"
+#include "ui/explorer/frmBrowse2.h"
 #include "ui/main/frmMenu.h"
 #include "ui/scan/frmAnimation.h"
 #include "ui/scan/frmScan.h"
@@ -109,7 +110,9 @@ TEST_F(ScanDialogTest, NameFollowsTheFolderBelowItsVolumeElseTheLabel) {
   ui::CatalogItem jazz;
   jazz.kind = NodeKind::kCategory;
   jazz.id = categories->itemData(2).toInt();
-  window->activeView()->Reveal(jazz);
+  auto* explorer = qobject_cast<ui::frmBrowse2*>(window->activeView());
+  ASSERT_TRUE(explorer);
+  ASSERT_TRUE(explorer->Navigate(jazz));
   ASSERT_EQ(window->activeView()->currentItem().id, jazz.id);
   Trigger("mnuCdAdd");
   ASSERT_TRUE(ui::ScanFeature::OpenDialog());
