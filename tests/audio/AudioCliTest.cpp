@@ -7,31 +7,19 @@
 #include <cstdio>
 
 #include "audio/AudioTestData.h"
+#include "support/RunCommand.h"
 #include "support/TestHttpServer.h"
 
 namespace gorvan::test {
 namespace {
 
-struct CliResult {
-  int code;
-  std::string out;
-};
-
 class AudioCliTest : public ::testing::Test {
  protected:
-  CliResult Cli(const std::string& args) {
-    const std::string cmd =
-        "GORVAN_HOME='" + dir_.path() + "' " + args + " 2>'" + dir_.File("err") + "' </dev/null";
-    CliResult r{0, {}};
-    FILE* p = popen(cmd.c_str(), "r");
-    char buf[4096];
-    size_t n;
-    while ((n = fread(buf, 1, sizeof buf, p)) > 0) r.out.append(buf, n);
-    const int status = pclose(p);
-    r.code = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    return r;
+  CommandResult Cli(const std::string& args) {
+    return RunCommand("GORVAN_HOME='" + dir_.path() + "' " + args + " 2>'" + dir_.File("err") +
+                      "' </dev/null");
   }
-  CliResult Run(const std::string& args) { return Cli("'" GORVAN_CLI_PATH "' " + args); }
+  CommandResult Run(const std::string& args) { return Cli("'" GORVAN_CLI_PATH "' " + args); }
   std::string Err() { return ReadFileBytes(dir_.File("err")); }
 
   TempDir dir_;
@@ -47,7 +35,7 @@ constexpr const char* kTwoTrackEntry =
 
 TEST_F(AudioCliTest, DiscIds) {
   EXPECT_EQ(Run("discid 150 18265 250912").out, "0b0d0f02\n");
-  const CliResult mb = Run(
+  const CommandResult mb = Run(
       "discid --musicbrainz 150 18901 39738 59557 79152 100126 124833 147278 166336 182560 206535");
   EXPECT_EQ(mb.code, 0);
   EXPECT_EQ(mb.out, "830abf0a\nWn8eRBtfLDfM0qjYPdxrz.Zjs_U-\n");
@@ -76,7 +64,7 @@ TEST_F(AudioCliTest, LookupInALocalFolder) {
   std::string entry = kTwoTrackEntry;
   entry = entry.substr(entry.find('\n') + 1);  // a database file has no status line
   ASSERT_TRUE(WriteFileBytes(dir_.File("db/rock/0b0d0f02"), entry));
-  CliResult r = Run("cddb --local '" + dir_.File("db") + "' 150 18265 250912");
+  CommandResult r = Run("cddb --local '" + dir_.File("db") + "' 150 18265 250912");
   EXPECT_EQ(r.code, 0) << Err();
   EXPECT_EQ(r.out, kTwoTrackOut);
 
@@ -93,7 +81,7 @@ TEST_F(AudioCliTest, LookupOnAServer) {
   server.Answer("/~cddb/cddb.cgi?cmd=cddb+read+rock+0b0d0f02" + hello,
                 CannedAnswer::Ok(kTwoTrackEntry));
   const std::string host = "127.0.0.1:" + std::to_string(server.port());
-  CliResult r = Run("cddb --server " + host + " --email ann@example.org 150 18265 250912");
+  CommandResult r = Run("cddb --server " + host + " --email ann@example.org 150 18265 250912");
   EXPECT_EQ(r.code, 0) << Err();
   EXPECT_EQ(r.out, kTwoTrackOut);
 
@@ -107,7 +95,7 @@ TEST_F(AudioCliTest, LookupOnAServer) {
 TEST_F(AudioCliTest, DrivesAndWatch) {
   struct stat st;
   const bool hasDrive = ::stat("/sys/class/block/sr0", &st) == 0;
-  const CliResult drives = Run("drives");
+  const CommandResult drives = Run("drives");
   if (hasDrive) {
     EXPECT_EQ(drives.code, 0);
     EXPECT_EQ(drives.out.rfind("/dev/sr0: ", 0), 0u) << drives.out;
@@ -116,7 +104,8 @@ TEST_F(AudioCliTest, DrivesAndWatch) {
     EXPECT_NE(Err().find("No CDROMs Found!!"), std::string::npos) << Err();
   }
   // watch runs until interrupted, then ends cleanly.
-  const CliResult watch = Cli("timeout --preserve-status -s INT 0.5 '" GORVAN_CLI_PATH "' watch");
+  const CommandResult watch =
+      Cli("timeout --preserve-status -s INT 0.5 '" GORVAN_CLI_PATH "' watch");
   EXPECT_EQ(watch.code, 0) << Err();
 }
 

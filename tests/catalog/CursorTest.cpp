@@ -16,9 +16,8 @@ TEST_F(CursorTest, ALongDiscWalksInAppendOrderWithAllLinksSet) {
   EXPECT_TRUE(cur_.FirstCat().isEof());
   const int32_t id = AddDisc("big", 30, 40);
   classCd& cd = cur_.Disc(id);
-  EXPECT_EQ(cd.GetBytesUsed(),
-            116 + 3 + 5 + 30 * (92 + 1) + (10 * 4 + 20 * 5) + 30 * (40 * 80) +
-                30 * (10 * 9 + 30 * 10));
+  EXPECT_EQ(cd.GetBytesUsed(), 116 + 3 + 5 + 30 * (92 + 1) + (10 * 4 + 20 * 5) + 30 * (40 * 80) +
+                                   30 * (10 * 9 + 30 * 10));
   int dirs = 0;
   int32_t prevDir = 0;
   for (classDir& dir = cd.GetDirFirst(); !dir.isEof(); cd.GetDirNext(), ++dirs) {
@@ -120,9 +119,16 @@ TEST_F(CursorTest, UnlinkingDiscsAndCategoriesKeepsTheHeaderChainsSound) {
   EXPECT_TRUE(data_.ok());
 }
 
-TEST_F(CursorTest, FoldersRemovedAndFilesAddedAfterTheScanKeepTheDiscSound) {
+TEST_F(CursorTest, FolderAndFileEditsAfterTheScanKeepTheDiscSound) {
   OpenCatalog();
   const int32_t id = AddDisc("d", 2, 2);
+  // Notes count in the disc's bytes used.
+  const int32_t scanned = cur_.Disc(id).GetBytesUsed();
+  classDir& edited = cur_.Disc(id).GetDirFirst();
+  ASSERT_TRUE(edited.SetDirNotes("ten chars!"));
+  ASSERT_TRUE(edited.GetFileFirst().SetFileNotes("abc"));
+  EXPECT_EQ(cur_.Disc(id).GetBytesUsed(), scanned + 13);
+
   classCd& cd = cur_.Disc(id);
   const int32_t first = cd.record().firstDir;
   ASSERT_TRUE(cd.GetDirRemove(first));
@@ -137,13 +143,14 @@ TEST_F(CursorTest, FoldersRemovedAndFilesAddedAfterTheScanKeepTheDiscSound) {
   EXPECT_EQ(cur_.Disc(id).GetBytesUsed(), before + 80 + 8);
   std::vector<std::string> names;
   classDir& again = cur_.Disc(id).GetDirFirst();
-  for (ClassFile& f = again.GetFileFirst(); !f.isEof(); again.GetFileNext()) names.push_back(f.GetFileName());
+  for (ClassFile& f = again.GetFileFirst(); !f.isEof(); again.GetFileNext())
+    names.push_back(f.GetFileName());
   EXPECT_EQ(names, (std::vector<std::string>{"file0.txt", "file1.txt", "late.txt"}));
   const std::vector<std::string> problems = CatalogCheck(data_.file()).Run();
   EXPECT_TRUE(problems.empty()) << problems.front();
 }
 
-TEST_F(CursorTest, NamesForDisplay) {
+TEST_F(CursorTest, NamesAndIconKeysForDisplay) {
   OpenCatalog();
   classCd& cd = cur_.NewDisc();
   cd.SetCdName("Album");
@@ -162,11 +169,8 @@ TEST_F(CursorTest, NamesForDisplay) {
   dir.SetDirName("My Music");
   EXPECT_EQ(dir.GetDirFullName(), "home\\ann\\My Music");
   EXPECT_EQ(dir.GetDirFullName(true), "home/ann/My_Music");
-}
 
-TEST_F(CursorTest, IconKeysFallBackToTheMediaType) {
-  OpenCatalog();
-  classCd& cd = cur_.NewDisc();
+  // Icon keys fall back to the media type's.
   cd.setCdMediaType(5);
   cd.setCdIconKey("no such icon");
   EXPECT_EQ(cd.GetCdIconKey(), "cdrom");

@@ -5,32 +5,25 @@
 
 #include <cstdio>
 
+#include "support/RunCommand.h"
 #include "support/TempDir.h"
 #include "support/TestHttpServer.h"
 
 namespace gorvan::test {
 namespace {
 
-struct CliRun {
-  int code;
-  std::string out;
+struct CliRun : CommandResult {
   std::string err;
 };
 
 class AppCommandsTest : public ::testing::Test {
  protected:
   CliRun Cli(const std::string& args) {
-    const std::string cmd = "GORVAN_HOME='" + dir_.File("home") + "' XDG_CONFIG_HOME='" +
-                            dir_.File("config") + "' XDG_DATA_HOME='" + dir_.File("data") +
-                            "' '" GORVAN_CLI_PATH "' " + args + " 2>'" + dir_.File("err") +
-                            "' </dev/null";
-    CliRun r{0, {}, {}};
-    FILE* p = popen(cmd.c_str(), "r");
-    char buf[4096];
-    size_t n;
-    while ((n = fread(buf, 1, sizeof buf, p)) > 0) r.out.append(buf, n);
-    const int status = pclose(p);
-    r.code = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    CliRun r{
+        RunCommand("GORVAN_HOME='" + dir_.File("home") + "' XDG_CONFIG_HOME='" +
+                   dir_.File("config") + "' XDG_DATA_HOME='" + dir_.File("data") +
+                   "' '" GORVAN_CLI_PATH "' " + args + " 2>'" + dir_.File("err") + "' </dev/null"),
+        {}};
     r.err = ReadFileBytes(dir_.File("err"));
     return r;
   }

@@ -8,29 +8,17 @@
 #include <cstdio>
 #include <string>
 
+#include "support/RunCommand.h"
 #include "support/TempDir.h"
 
 namespace {
 
+using gorvan::test::CommandResult;
 using gorvan::test::TempDir;
 using gorvan::test::WriteFileBytes;
 
-struct CliRun {
-  int code;
-  std::string out;
-};
-
-CliRun Cli(const std::string& args) {
-  const std::string cmd = std::string(GORVAN_CLI_PATH) + " " + args + " 2>/dev/null";
-  CliRun r{-1, {}};
-  FILE* p = ::popen(cmd.c_str(), "r");
-  if (!p) return r;
-  char buf[4096];
-  size_t n;
-  while ((n = std::fread(buf, 1, sizeof buf, p)) > 0) r.out.append(buf, n);
-  const int status = ::pclose(p);
-  r.code = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-  return r;
+CommandResult Cli(const std::string& args) {
+  return gorvan::test::RunCommand(std::string(GORVAN_CLI_PATH) + " " + args + " 2>/dev/null");
 }
 
 TEST(ScanCommandTest, ScanPrintsTheDiscIdAndRefusesARepeat) {
@@ -39,17 +27,17 @@ TEST(ScanCommandTest, ScanPrintsTheDiscIdAndRefusesARepeat) {
   TempDir home;
   const std::string c = "-c '" + home.File("t.cd") + "' ";
   ASSERT_EQ(Cli("create '" + home.File("t.cd") + "'").code, 0);
-  const CliRun first = Cli(c + "scan '" + tree.path() + "' --name First --quiet");
+  const CommandResult first = Cli(c + "scan '" + tree.path() + "' --name First --quiet");
   ASSERT_EQ(first.code, 0);
   const int id = std::stoi(first.out);
   EXPECT_GT(id, 0);
   EXPECT_NE(Cli(c + "ls").out.find(std::to_string(id) + "\tFirst\t"), std::string::npos);
   // The same folder again is refused unless --again; a rescan replaces it.
   EXPECT_EQ(Cli(c + "scan '" + tree.path() + "' --quiet").code, 1);
-  const CliRun again = Cli(c + "scan '" + tree.path() + "' --again --quiet");
+  const CommandResult again = Cli(c + "scan '" + tree.path() + "' --again --quiet");
   EXPECT_EQ(again.code, 0);
-  const CliRun rescan = Cli(c + "scan '" + tree.path() + "' --rescan " + std::to_string(id) +
-                         " --quiet");
+  const CommandResult rescan =
+      Cli(c + "scan '" + tree.path() + "' --rescan " + std::to_string(id) + " --quiet");
   EXPECT_EQ(rescan.code, 0);
   const std::string discs = Cli(c + "ls").out;
   EXPECT_EQ(discs.find(std::to_string(id) + "\t"), std::string::npos);
@@ -67,7 +55,7 @@ TEST(ScanCommandTest, Id3PrintsKeyValueLines) {
   }
   tag += "2001" + std::string(30, '\0') + "\x11";
   WriteFileBytes(dir.File("s.mp3"), std::string(200, '\xff') + tag);
-  const CliRun r = Cli("id3 '" + dir.File("s.mp3") + "'");
+  const CommandResult r = Cli("id3 '" + dir.File("s.mp3") + "'");
   EXPECT_EQ(r.code, 0);
   EXPECT_EQ(r.out, "title: Song\nartist: Band\nalbum: Record\nyear: 2001\ncomment: \ngenre: 17\n");
   EXPECT_EQ(Cli("id3 '" + dir.File("missing.mp3") + "'").code, 1);
@@ -84,7 +72,8 @@ TEST(ScanCommandTest, InterruptCancelsWithExit130) {
   ASSERT_EQ(Cli("create '" + home.File("t.cd") + "'").code, 0);
   // A scan that receives SIGINT right away: the handler stops it at the next entry.
   const std::string cmd = "(" + std::string(GORVAN_CLI_PATH) + " -c '" + home.File("t.cd") +
-                          "' scan '" + tree.path() + "' --quiet & p=$!; sleep 0.02; kill -INT $p; wait $p)";
+                          "' scan '" + tree.path() +
+                          "' --quiet & p=$!; sleep 0.02; kill -INT $p; wait $p)";
   const int status = std::system(cmd.c_str());
   const int code = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
   EXPECT_EQ(Cli("-c '" + home.File("t.cd") + "' check").code, 0);

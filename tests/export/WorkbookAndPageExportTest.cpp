@@ -12,6 +12,7 @@
 
 #include "catalog/CatalogFixture.h"
 #include "export/basExport.h"
+#include "support/RunCommand.h"
 
 namespace gorvan::test {
 namespace {
@@ -25,24 +26,12 @@ constexpr double kJanuary1900 = 30;        // before the spreadsheet's first saf
 // Seconds since 1970 of an OLE date, as the page holds dates.
 int64_t Seconds(double ole) { return static_cast<int64_t>((ole - 25569) * 86400); }
 
-std::string Shell(const std::string& command, int* status = nullptr) {
-  std::string out;
-  FILE* p = ::popen(command.c_str(), "r");
-  if (!p) return out;
-  char buf[4096];
-  size_t n;
-  while ((n = std::fread(buf, 1, sizeof buf, p)) > 0) out.append(buf, n);
-  const int rc = ::pclose(p);
-  if (status) *status = rc;
-  return out;
-}
-
 // An interpreter that has openpyxl, or "".
 std::string Python() {
   for (const char* python : {"/usr/bin/python3", "python3"}) {
-    int rc = -1;
-    Shell(std::string(python) + " -c 'import openpyxl' 2>/dev/null", &rc);
-    if (rc == 0) return python;
+    if (RunCommand(std::string(python) + " -c 'import openpyxl' 2>/dev/null").code == 0) {
+      return python;
+    }
   }
   return {};
 }
@@ -165,10 +154,9 @@ class WorkbookAndPageExportTest : public CatalogTest {
     if (python.empty()) return {};
     const std::string script = dir_.File("read.py");
     EXPECT_TRUE(WriteFileBytes(script, kReadWorkbook));
-    int rc = -1;
-    const std::string out = Shell(python + " '" + script + "' '" + dir_.File(name) + "'", &rc);
-    EXPECT_EQ(rc, 0) << out;
-    return json::parse(out, nullptr, false);
+    const CommandResult r = RunCommand(python + " '" + script + "' '" + dir_.File(name) + "'");
+    EXPECT_EQ(r.code, 0) << r.out;
+    return json::parse(r.out, nullptr, false);
   }
 
   // The page's data block, parsed.
@@ -374,10 +362,11 @@ TEST_F(WorkbookAndPageExportTest, UntickedBoxesLeaveValuesOutOfThePage) {
 TEST_F(WorkbookAndPageExportTest, PageWorksInHeadlessChromium) {
   std::string chromium;
   for (const char* name : {"chromium", "chromium-browser", "google-chrome"}) {
-    int rc = -1;
-    chromium = Shell(std::string("command -v ") + name + " 2>/dev/null", &rc);
-    if (rc == 0) break;
-    chromium.clear();
+    const CommandResult found = RunCommand(std::string("command -v ") + name + " 2>/dev/null");
+    if (found.code == 0) {
+      chromium = found.out;
+      break;
+    }
   }
   if (chromium.empty()) GTEST_SKIP() << "Chromium is not installed";
   chromium.erase(chromium.find_last_not_of('\n') + 1);
@@ -403,12 +392,14 @@ document.body.appendChild(p);
 </script></body>)";
   page.replace(page.rfind("</body>"), 7, probe);
   ASSERT_TRUE(WriteFileBytes(dir_.File("probe.html"), page));
-  const std::string dom = Shell(
-      "timeout 120 '" + chromium +
-      "' --headless --no-sandbox --disable-gpu --disable-quic "
-      "--no-first-run --disable-background-networking --disable-component-update "
-      "--disable-sync --user-data-dir='" +
-      dir_.File("profile") + "' --dump-dom 'file://" + dir_.File("probe.html") + "' 2>/dev/null");
+  const std::string dom =
+      RunCommand("timeout 120 '" + chromium +
+                 "' --headless --no-sandbox --disable-gpu --disable-quic "
+                 "--no-first-run --disable-background-networking --disable-component-update "
+                 "--disable-sync --user-data-dir='" +
+                 dir_.File("profile") + "' --dump-dom 'file://" + dir_.File("probe.html") +
+                 "' 2>/dev/null")
+          .out;
   const size_t at = dom.find("<pre id=\"probe\">");
   ASSERT_NE(at, std::string::npos) << "the page's script failed";
   std::string encoded = dom.substr(at + 16, dom.find("</pre>", at) - at - 16), text;

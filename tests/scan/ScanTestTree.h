@@ -29,6 +29,7 @@
 #include "catalog/OleDate.h"
 #include "catalog/classData.h"
 #include "scan/ScanEngine.h"
+#include "support/RunCommand.h"
 #include "support/TempDir.h"
 
 namespace gorvan::test {
@@ -297,14 +298,8 @@ inline bool HaveTool(const std::string& name) {
 // The file members `zipinfo -l -T` lists (perms version os size type packed
 // method yyyymmdd.hhmmss name), as "path=size|ZP<packed>|date".
 inline std::map<std::string, std::string> ZipinfoMembers(const std::string& archive) {
-  std::string text;
-  if (FILE* p = ::popen(("zipinfo -l -T '" + archive + "'").c_str(), "r")) {
-    char buf[4096];
-    for (size_t n; (n = std::fread(buf, 1, sizeof buf, p)) > 0;) text.append(buf, n);
-    ::pclose(p);
-  }
   std::map<std::string, std::string> out;
-  std::istringstream lines(text);
+  std::istringstream lines(RunCommand("zipinfo -l -T '" + archive + "'").out);
   for (std::string line; std::getline(lines, line);) {
     std::istringstream f(line);
     std::string perms, a, b, size, c, packed, d, date, path;

@@ -1,6 +1,5 @@
 // gorvan-cli search and translate end to end.
 #include <gtest/gtest.h>
-
 #include <signal.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -10,30 +9,19 @@
 #include <vector>
 
 #include "catalog/classData.h"
+#include "support/RunCommand.h"
 #include "support/TempDir.h"
 
 namespace gorvan::test {
 namespace {
 
-struct CliResult {
-  int code;
-  std::string out;
-};
-
 class SearchCliTest : public ::testing::Test {
  protected:
   std::string Catalog() const { return dir_.File("c.cd"); }
 
-  CliResult Cli(const std::string& args) {
-    const std::string cmd = "GORVAN_HOME='" + dir_.path() + "' '" GORVAN_CLI_PATH "' -q -c '" +
-                            Catalog() + "' " + args + " 2>'" + dir_.File("err") + "' </dev/null";
-    CliResult r{-1, {}};
-    FILE* p = popen(cmd.c_str(), "r");
-    char buf[4096];
-    for (size_t n; (n = fread(buf, 1, sizeof buf, p)) > 0;) r.out.append(buf, n);
-    const int status = pclose(p);
-    if (WIFEXITED(status)) r.code = WEXITSTATUS(status);
-    return r;
+  CommandResult Cli(const std::string& args) {
+    return RunCommand("GORVAN_HOME='" + dir_.path() + "' '" GORVAN_CLI_PATH "' -q -c '" +
+                      Catalog() + "' " + args + " 2>'" + dir_.File("err") + "' </dev/null");
   }
   std::string Err() { return ReadFileBytes(dir_.File("err")); }
 
@@ -82,7 +70,7 @@ TEST_F(SearchCliTest, RowsInEveryFormat) {
   Build(3);
   const std::string key = "T:" + std::to_string(musicId_) + "\\\\C:" + std::to_string(cdId_) +
                           "\\\\D:" + std::to_string(dirId_) + "\\\\F:" + std::to_string(fileId_);
-  CliResult r = Cli("search song0");
+  CommandResult r = Cli("search song0");
   ASSERT_EQ(r.code, 0) << Err();
   EXPECT_EQ(r.out, key +
                        "\tsong0.mp3\tSongs, vol 1\tMusic/Rock/Albums\t3/5/2004 12:00:00 PM\t"
