@@ -74,7 +74,9 @@ double WriteCatalog(const std::string& path, int folders, int64_t* bytes) {
     dirRec.GetFileAppendStart();
     for (int f = 0; f < filesPerFolder; ++f) {
       gorvan::ClassFile& file = dirRec.GetFileAppend();
-      name.assign(kStems[f % 5]).append(std::to_string(d * filesPerFolder + f)).append(kExts[f % 5]);
+      name.assign(kStems[f % 5])
+          .append(std::to_string(d * filesPerFolder + f))
+          .append(kExts[f % 5]);
       file.SetFileName(name);
       file.setFileSize(1000.0 * f);
       file.setFileDate(45000.5);

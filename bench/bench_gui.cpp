@@ -23,6 +23,7 @@
 #include <cstdlib>
 #include <string>
 
+#include "GuiBench.h"
 #include "app/SettingsStore.h"
 #include "catalog/classData.h"
 #include "ui/explorer/CatalogTreeModel.h"
@@ -37,26 +38,15 @@
 namespace {
 
 using namespace gorvan;
+using guibench::Heartbeat;
+using guibench::RunUntil;
+using guibench::YesPrompt;
 
 constexpr int kTops = 50;
 constexpr int kSubs = 999;
 constexpr int kFilesPerSub = 18;
 constexpr int kBigFolder = 100000;
 constexpr int kTotalFiles = 1000000;
-
-// Answers every question with Yes and every message with OK, and says so.
-class YesPrompt final : public Prompt {
- public:
-  PromptReply Ask(const PromptRequest& r) override {
-    std::fprintf(stderr, "  (prompt) %s\n", r.text.c_str());
-    return {r.buttons == PromptButtons::kOk ? PromptAnswer::kOk : PromptAnswer::kYes, -1, false};
-  }
-  bool AskText(const std::string&, const std::string&, bool, std::string*) override {
-    return false;
-  }
-  std::string AskFile(const FileRequest&) override { return {}; }
-  bool AskPassword(bool, const PasswordJudge&) override { return false; }
-};
 
 bool Build(const std::string& path) {
   classData data;
@@ -105,44 +95,6 @@ bool Build(const std::string& path) {
   cd.setCdNumOfFiles(files);
   cd.GetDirAppendFinish();
   return data.GetCdCommit(cd) && data.ok();
-}
-
-// The longest gap between two heartbeats since Reset.
-class Heartbeat {
- public:
-  Heartbeat() {
-    timer_.setInterval(2);
-    QObject::connect(&timer_, &QTimer::timeout, [this] {
-      const qint64 now = clock_.nsecsElapsed();
-      if (last_ > 0) worst_ = std::max(worst_, now - last_);
-      last_ = now;
-    });
-    clock_.start();
-    timer_.start();
-  }
-  void Reset() {
-    last_ = clock_.nsecsElapsed();
-    worst_ = 0;
-  }
-  double WorstMs() const { return worst_ / 1e6; }
-
- private:
-  QTimer timer_;
-  QElapsedTimer clock_;
-  qint64 last_ = 0;
-  qint64 worst_ = 0;
-};
-
-// Runs the event loop until done() holds; the time it took in ms (-1: gave up).
-double RunUntil(const std::function<bool()>& done, int limitMs = 120000) {
-  QElapsedTimer t;
-  t.start();
-  while (!done()) {
-    if (t.elapsed() > limitMs) return -1;
-    QCoreApplication::processEvents(QEventLoop::AllEvents, 1);
-    if (!done()) usleep(200);
-  }
-  return t.nsecsElapsed() / 1e6;
 }
 
 }  // namespace

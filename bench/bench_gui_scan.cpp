@@ -36,6 +36,7 @@
 #include <cstdlib>
 #include <string>
 
+#include "GuiBench.h"
 #include "RealNames.h"
 #include "app/SettingsStore.h"
 #include "ui/explorer/CatalogView.h"
@@ -51,6 +52,9 @@
 namespace {
 
 using namespace gorvan;
+using guibench::Heartbeat;
+using guibench::RunUntil;
+using guibench::YesPrompt;
 using Clock = std::chrono::steady_clock;
 
 double Seconds(Clock::time_point since) {
@@ -77,56 +81,6 @@ void Generate(const std::string& root, long files, long folders) {
     }
     ::close(fd);
   }
-}
-
-// Answers every question with Yes (the cancel question included).
-class YesPrompt final : public Prompt {
- public:
-  PromptReply Ask(const PromptRequest& r) override {
-    return {r.buttons == PromptButtons::kOk ? PromptAnswer::kOk : PromptAnswer::kYes, -1, false};
-  }
-  bool AskText(const std::string&, const std::string&, bool, std::string*) override {
-    return false;
-  }
-  std::string AskFile(const FileRequest&) override { return {}; }
-  bool AskPassword(bool, const PasswordJudge&) override { return false; }
-};
-
-// The longest gap between two heartbeats since Reset.
-class Heartbeat {
- public:
-  Heartbeat() {
-    timer_.setInterval(2);
-    QObject::connect(&timer_, &QTimer::timeout, [this] {
-      const qint64 now = clock_.nsecsElapsed();
-      if (last_ > 0) worst_ = std::max(worst_, now - last_);
-      last_ = now;
-    });
-    clock_.start();
-    timer_.start();
-  }
-  void Reset() {
-    last_ = clock_.nsecsElapsed();
-    worst_ = 0;
-  }
-  double WorstMs() const { return worst_ / 1e6; }
-
- private:
-  QTimer timer_;
-  QElapsedTimer clock_;
-  qint64 last_ = 0;
-  qint64 worst_ = 0;
-};
-
-bool RunUntil(const std::function<bool()>& done, int limitMs = 3600000) {
-  QElapsedTimer t;
-  t.start();
-  while (!done()) {
-    if (t.elapsed() > limitMs) return false;
-    QCoreApplication::processEvents(QEventLoop::AllEvents, 5);
-    if (!done()) usleep(200);
-  }
-  return true;
 }
 
 double CliScan(const std::string& tree, const std::string& catalog) {
@@ -206,7 +160,7 @@ int main(int argc, char** argv) {
   SettingsStore::PutBool("Switches", "lShowAutoUpdateNotice", false);
   SettingsStore::PutBool("Switches", "lEnableAutoInsert", false);
 
-  YesPrompt prompt;
+  YesPrompt prompt(false);
   ui::CommandHooks hooks;
   ui::ScanFeature::Register(hooks);
   ui::CatalogSession session(prompt);

@@ -32,6 +32,7 @@
 #include <cstdlib>
 #include <string>
 
+#include "GuiBench.h"
 #include "RealNames.h"
 #include "app/SettingsStore.h"
 #include "catalog/classData.h"
@@ -48,23 +49,13 @@
 namespace {
 
 using namespace gorvan;
+using guibench::Heartbeat;
+using guibench::RunUntil;
+using guibench::YesPrompt;
 
 constexpr int kFolders = 1000;
 constexpr int kFilesPerFolder = 1000;
 constexpr int kRuns = 3;
-
-class QuietPrompt final : public Prompt {
- public:
-  PromptReply Ask(const PromptRequest& r) override {
-    std::fprintf(stderr, "  (prompt) %s\n", r.text.c_str());
-    return {r.buttons == PromptButtons::kOk ? PromptAnswer::kOk : PromptAnswer::kYes, -1, false};
-  }
-  bool AskText(const std::string&, const std::string&, bool, std::string*) override {
-    return false;
-  }
-  std::string AskFile(const FileRequest&) override { return {}; }
-  bool AskPassword(bool, const PasswordJudge&) override { return false; }
-};
 
 bool Build(const std::string& path) {
   classData data;
@@ -98,42 +89,6 @@ bool Build(const std::string& path) {
   cd.setCdNumOfFiles(static_cast<int32_t>(n));
   cd.GetDirAppendFinish();
   return data.GetCdCommit(cd) && data.ok();
-}
-
-class Heartbeat {
- public:
-  Heartbeat() {
-    timer_.setInterval(2);
-    QObject::connect(&timer_, &QTimer::timeout, [this] {
-      const qint64 now = clock_.nsecsElapsed();
-      if (last_ > 0) worst_ = std::max(worst_, now - last_);
-      last_ = now;
-    });
-    clock_.start();
-    timer_.start();
-  }
-  void Reset() {
-    last_ = clock_.nsecsElapsed();
-    worst_ = 0;
-  }
-  double WorstMs() const { return worst_ / 1e6; }
-
- private:
-  QTimer timer_;
-  QElapsedTimer clock_;
-  qint64 last_ = 0;
-  qint64 worst_ = 0;
-};
-
-double RunUntil(const std::function<bool()>& done, int limitMs = 600000) {
-  QElapsedTimer t;
-  t.start();
-  while (!done()) {
-    if (t.elapsed() > limitMs) return -1;
-    QCoreApplication::processEvents(QEventLoop::AllEvents, 1);
-    if (!done()) usleep(100);
-  }
-  return t.nsecsElapsed() / 1e6;
 }
 
 // gorvan-cli search TEXT --names --count: its answer and its wall time in ms.
@@ -202,7 +157,7 @@ int RunWindow(int argc, char** argv, const std::string& catalog, const std::stri
     if (i > 0) cliMs = std::min(cliMs, ms);
   }
 
-  QuietPrompt prompt;
+  YesPrompt prompt;
   ui::CommandHooks hooks;
   ui::RegisterSearch(hooks);
   ui::CatalogSession session(prompt);

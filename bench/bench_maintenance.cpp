@@ -131,10 +131,11 @@ int main(int argc, char** argv) {
     });
     if (k.seconds < compact.seconds) compact = k;
   }
-  std::printf("compact: %.2f s, %.1f MiB after, peak %ld MiB | cp+sync of the catalog: %.2f s | "
-              "ratio %.2fx (target <= 3x)\n",
-              compact.seconds, FileSize(catalog) / 1048576.0, compact.peakMiB, cp.seconds,
-              compact.seconds / cp.seconds);
+  std::printf(
+      "compact: %.2f s, %.1f MiB after, peak %ld MiB | cp+sync of the catalog: %.2f s | "
+      "ratio %.2fx (target <= 3x)\n",
+      compact.seconds, FileSize(catalog) / 1048576.0, compact.peakMiB, cp.seconds,
+      compact.seconds / cp.seconds);
 
   const Run exportRun = InChild([&] {
     gorvan::classData data;
@@ -147,12 +148,15 @@ int main(int argc, char** argv) {
   const long xmlSize = FileSize(xml);
   Shell("cat '" + xml + "' > /dev/null");
   const Run cpXml = Shell("cp '" + xml + "' '" + dir + "/copy.xml' && sync '" + dir + "/copy.xml'");
-  std::printf("XML export: %.2f s, %.1f MiB, peak %ld MiB | cp+sync of a file that size: %.2f s | "
-              "ratio %.2fx (target <= 4x)\n",
-              exportRun.seconds, xmlSize / 1048576.0, exportRun.peakMiB, cpXml.seconds,
-              exportRun.seconds / cpXml.seconds);
+  std::printf(
+      "XML export: %.2f s, %.1f MiB, peak %ld MiB | cp+sync of a file that size: %.2f s | "
+      "ratio %.2fx (target <= 4x)\n",
+      exportRun.seconds, xmlSize / 1048576.0, exportRun.peakMiB, cpXml.seconds,
+      exportRun.seconds / cpXml.seconds);
 
-  if (!std::getenv("GORVAN_BENCH_KEEP")) std::system(("rm -rf '" + dir + "'").c_str());
-  else std::printf("kept %s\n", dir.c_str());
+  if (!std::getenv("GORVAN_BENCH_KEEP"))
+    std::system(("rm -rf '" + dir + "'").c_str());
+  else
+    std::printf("kept %s\n", dir.c_str());
   return 0;
 }

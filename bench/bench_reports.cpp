@@ -27,6 +27,7 @@
 #include <string>
 #include <tuple>
 
+#include "GuiBench.h"
 #include "app/SettingsStore.h"
 #include "catalog/classData.h"
 #include "ui/export/frmExport.h"
@@ -41,24 +42,13 @@
 namespace {
 
 using namespace gorvan;
+using guibench::Heartbeat;
+using guibench::RunUntil;
+using guibench::YesPrompt;
 
 constexpr int kDiscs = 10;
 constexpr int kFolders = 1000;
 constexpr int kFiles = 100;
-
-class QuietPrompt final : public Prompt {
- public:
-  PromptReply Ask(const PromptRequest& r) override {
-    if (r.buttons == PromptButtons::kOk && r.text != ui::kExportDone)
-      std::fprintf(stderr, "  (prompt) %s\n", r.text.c_str());
-    return {r.buttons == PromptButtons::kOk ? PromptAnswer::kOk : PromptAnswer::kYes, -1, false};
-  }
-  bool AskText(const std::string&, const std::string&, bool, std::string*) override {
-    return false;
-  }
-  std::string AskFile(const FileRequest&) override { return {}; }
-  bool AskPassword(bool, const PasswordJudge&) override { return false; }
-};
 
 bool Build(const std::string& path) {
   classData data;
@@ -97,42 +87,6 @@ bool Build(const std::string& path) {
   return true;
 }
 
-class Heartbeat {
- public:
-  Heartbeat() {
-    timer_.setInterval(2);
-    QObject::connect(&timer_, &QTimer::timeout, [this] {
-      const qint64 now = clock_.nsecsElapsed();
-      if (last_ > 0) worst_ = std::max(worst_, now - last_);
-      last_ = now;
-    });
-    clock_.start();
-    timer_.start();
-  }
-  void Reset() {
-    last_ = clock_.nsecsElapsed();
-    worst_ = 0;
-  }
-  double WorstMs() const { return worst_ / 1e6; }
-
- private:
-  QTimer timer_;
-  QElapsedTimer clock_;
-  qint64 last_ = 0;
-  qint64 worst_ = 0;
-};
-
-bool RunUntil(const std::function<bool()>& done, int limitMs = 600000) {
-  QElapsedTimer t;
-  t.start();
-  while (!done()) {
-    if (t.elapsed() > limitMs) return false;
-    QCoreApplication::processEvents(QEventLoop::AllEvents, 1);
-    if (!done()) usleep(200);
-  }
-  return true;
-}
-
 double MiB(const std::string& path) {
   struct stat st {};
   return ::stat(path.c_str(), &st) == 0 ? st.st_size / 1048576.0 : -1;
@@ -164,7 +118,7 @@ int main(int argc, char** argv) {
   ui::ThemeIcons::Setup();
   SettingsStore::PutBool("Switches", "lShowAutoUpdateNotice", false);
 
-  QuietPrompt prompt;
+  YesPrompt prompt(true, ui::kExportDone);
   ui::CommandHooks hooks;
   ui::RegisterFeatures(hooks);
   ui::CatalogSession session(prompt);
@@ -186,7 +140,7 @@ int main(int argc, char** argv) {
     for (auto* open : window.findChildren<ui::frmExport*>()) {
       if (open->isVisible()) w = open;
     }
-    if (!w || !RunUntil([w] { return w->loaded(); })) return 1;
+    if (!w || RunUntil([w] { return w->loaded(); }) < 0) return 1;
     w->SetType(type);
     bool ended = false;
     Status status;
@@ -197,7 +151,7 @@ int main(int argc, char** argv) {
     beat.Reset();
     t.start();
     w->ExportTo(dir + file);
-    if (!RunUntil([&] { return ended; })) return 1;
+    if (RunUntil([&] { return ended; }) < 0) return 1;
     const double ms = t.nsecsElapsed() / 1e6;
     std::printf("%-32s %10.1f %14.1f %10.1f%s\n", label, ms, beat.WorstMs(), MiB(dir + file),
                 status.ok() ? "" : (" " + status.message()).c_str());
@@ -215,7 +169,8 @@ int main(int argc, char** argv) {
   t.start();
   hooks.Run(QStringLiteral("mnuFilePreview"), c);
   auto* preview = window.findChild<ui::frmPreview*>(QStringLiteral("frmPreview"));
-  if (!preview || !RunUntil([preview] { return preview->report() && !preview->busy(); })) return 1;
+  if (!preview || RunUntil([preview] { return preview->report() && !preview->busy(); }) < 0)
+    return 1;
   preview->repaint();
   const int pages = preview->report()->pageCount();
   struct rusage usage {};
@@ -239,7 +194,7 @@ int main(int argc, char** argv) {
   beat.Reset();
   t.start();
   preview->SaveAsPdf(QString::fromStdString(dir + "/disc.pdf"));
-  if (!RunUntil([&] { return printed; })) return 1;
+  if (RunUntil([&] { return printed; }) < 0) return 1;
   std::printf("%-32s %10.1f %14.1f %10.1f%s\n", "PDF of the disc report", t.nsecsElapsed() / 1e6,
               beat.WorstMs(), MiB(dir + "/disc.pdf"),
               status.ok() ? "" : (" " + status.message()).c_str());
@@ -247,7 +202,7 @@ int main(int argc, char** argv) {
   beat.Reset();
   t.start();
   preview->ShowReport(ui::frmPreview::Kind::kCatalog);
-  if (!RunUntil([preview] { return preview->report() && !preview->busy(); })) return 1;
+  if (RunUntil([preview] { return preview->report() && !preview->busy(); }) < 0) return 1;
   preview->repaint();
   std::printf("%-32s %10.1f %14.1f\n", "catalog report on the screen", t.nsecsElapsed() / 1e6,
               beat.WorstMs());

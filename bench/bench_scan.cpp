@@ -86,7 +86,7 @@ void Compare(const std::string& label, const std::string& tree, const std::strin
     bestFind = std::min(bestFind, TimeFind(tree));
     bestScan = std::min(bestScan, TimeScan(tree, catalog, &files));
   }
-  struct stat st{};
+  struct stat st {};
   ::stat(catalog.c_str(), &st);
   std::printf("%-10s %9d files  scan %7.3f s  find %7.3f s  ratio %.2fx  catalog %.1f MiB\n",
               label.c_str(), files, bestScan, bestFind, bestScan / bestFind,
@@ -109,8 +109,9 @@ int main(int argc, char** argv) {
   const std::string tree = base + "/tree";
   const std::string catalog = base + "/bench.cd";
   ::mkdir(base.c_str(), 0755);
-  struct stat st{};
-  const std::string stamp = tree + "/.generated-" + std::to_string(files) + "-" + std::to_string(folders);
+  struct stat st {};
+  const std::string stamp =
+      tree + "/.generated-" + std::to_string(files) + "-" + std::to_string(folders);
   if (::stat(stamp.c_str(), &st) != 0) {
     std::system(("rm -rf '" + tree + "'").c_str());
     std::printf("generating %ld files in %ld folders under %s ...\n", files, folders, tree.c_str());

@@ -157,13 +157,12 @@ int main(int argc, char** argv) {
       {"plain anywhere", "final", "-F", "final"},
       {"word*", "report*", "-E", "\\breport"},
       {"*part*", "*oliday 20*", "-E", "oliday 20"},
-      {"a and b", "report and 2021", "-E",
-       "\\breport\\b.*\\b2021\\b|\\b2021\\b.*\\breport\\b"},
+      {"a and b", "report and 2021", "-E", "\\breport\\b.*\\b2021\\b|\\b2021\\b.*\\breport\\b"},
   };
   const char* locale = std::getenv("LC_ALL");
   if (!locale || !*locale) locale = std::getenv("LANG");
-  std::printf("%d files in %d folders; grep under locale %s\n", folders * filesPerFolder,
-              folders, locale && *locale ? locale : "C");
+  std::printf("%d files in %d folders; grep under locale %s\n", folders * filesPerFolder, folders,
+              locale && *locale ? locale : "C");
   std::printf("%-15s %10s %10s %7s %10s %10s %9s\n", "search", "gorvan s", "grep s", "ratio",
               "hits", "grep hits", "peak MiB");
   for (const Case& c : cases) {

@@ -155,6 +155,7 @@ TEST_F(SearchCommandsTest, LaunchPropertiesArchiveMembersAndColumns) {
   const size_t asked = prompt.asked.size();
   QTest::keyClick(form->list(), Qt::Key_Delete);
   QTest::keyClick(form->list(), Qt::Key_F2);
+  Trigger("mnuCdDelete");  // the menu's Delete neither: the view behind keeps its item
   Idle();
   EXPECT_EQ(prompt.asked.size(), asked);
   QTest::keyClick(form->list(), Qt::Key_Return, Qt::AltModifier);

@@ -3,6 +3,8 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QPainter>
+#include <QPixmap>
 #include <QRegularExpression>
 #include <QStringDecoder>
 #include <QWidget>
@@ -250,6 +252,15 @@ QString Skins::FileNameOf(const QString& name) {
   out.replace(bad, QStringLiteral("_"));
   if (out.startsWith(QLatin1Char('.'))) out[0] = QLatin1Char('_');
   return out;
+}
+
+QIcon Skins::Swatch(const QColor& colour, int size) {
+  QPixmap pixmap(size, size);
+  pixmap.fill(colour);
+  QPainter p(&pixmap);
+  p.setPen(QColor(128, 128, 128));
+  p.drawRect(0, 0, size - 1, size - 1);
+  return QIcon(pixmap);
 }
 
 }  // namespace gorvan::ui

@@ -18,6 +18,7 @@
 // Thread contract: the GUI thread.
 
 #include <QColor>
+#include <QIcon>
 #include <QList>
 #include <QPalette>
 #include <QString>
@@ -76,6 +77,9 @@ class Skins {
   // A file name for a skin name: the characters a file name cannot hold
   // become "_"; "" for a name that is empty after trimming.
   static QString FileNameOf(const QString& name);
+  // A square of the colour, size pixels wide, framed in grey: the face of a
+  // colour button.
+  static QIcon Swatch(const QColor& colour, int size);
 };
 
 }  // namespace gorvan::ui

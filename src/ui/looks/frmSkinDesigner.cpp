@@ -45,15 +45,6 @@ const char* const kCaptions[] = {
     QT_TRANSLATE_NOOP("frmSkinDesigner", "Selected te&xt"),
 };
 
-QIcon Swatch(const QColor& colour, int size) {
-  QPixmap pixmap(size, size);
-  pixmap.fill(colour);
-  QPainter p(&pixmap);
-  p.setPen(QColor(128, 128, 128));
-  p.drawRect(0, 0, size - 1, size - 1);
-  return QIcon(pixmap);
-}
-
 // A sample of what the program shows: a tree with alternating rows and a
 // selection, fields, a button, tabs.
 QFrame* PreviewPanel() {
@@ -236,7 +227,7 @@ void frmSkinDesigner::ShowColours() {
   const int size = fontMetrics().height();
   for (const auto& [key, member] : SkinColours::Keys()) {
     QPushButton* b = buttons_.value(QLatin1String(key));
-    b->setIcon(Swatch(colours_.*member, size));
+    b->setIcon(Skins::Swatch(colours_.*member, size));
     b->setText((colours_.*member).name());
   }
   // The preview shows the skin as it will look: its palette and its font.

@@ -208,6 +208,12 @@ QMdiSubWindow* frmMenu::AddDocument(QWidget* widget, const QString& title) {
   return window;
 }
 
+CatalogView* frmMenu::frontView() const {
+  // The tab shown, whether or not the frame has the focus right now.
+  if (QMdiSubWindow* w = mdi_->currentSubWindow()) return qobject_cast<CatalogView*>(w->widget());
+  return activeView();
+}
+
 CatalogView* frmMenu::activeView() const {
   if (QMdiSubWindow* w = mdi_->activeSubWindow()) {
     if (auto* view = qobject_cast<CatalogView*>(w->widget())) return view;

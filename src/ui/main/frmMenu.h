@@ -64,6 +64,9 @@ class frmMenu : public QMainWindow {
   QMdiSubWindow* AddDocument(QWidget* widget, const QString& title);
   // The explorer or traditional view that commands act on (null when none).
   CatalogView* activeView() const;
+  // The explorer or traditional view when it is the document in front (null
+  // when a search window is).
+  CatalogView* frontView() const;
   // Opens (or brings forward) the explorer or the traditional view beside
   // what is open, without changing the view mode; null when nothing is open.
   CatalogView* ShowView(bool explorer);

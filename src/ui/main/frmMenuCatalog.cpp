@@ -27,12 +27,14 @@ bool frmMenu::RefuseOnEmptyCatalog(const QString& command) {
   return true;
 }
 
+// Delete and Properties act on what the user sees chosen: with a search
+// window in front, not on a catalog view hidden behind it.
 void frmMenu::CdDelete() {
-  if (CatalogView* view = activeView()) view->DeleteCurrent();
+  if (CatalogView* view = frontView()) view->DeleteCurrent();
 }
 
 void frmMenu::CdProperties() {
-  if (CatalogView* view = activeView()) view->PropertiesOfCurrent();
+  if (CatalogView* view = frontView()) view->PropertiesOfCurrent();
 }
 
 void frmMenu::CdCategories() {

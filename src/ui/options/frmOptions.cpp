@@ -75,15 +75,6 @@ QColor ColourOf(int32_t value) {
 }
 int32_t ValueOf(const QColor& c) { return c.red() | (c.green() << 8) | (c.blue() << 16); }
 
-QIcon Swatch(const QColor& colour, int size) {
-  QPixmap pixmap(size, size);
-  pixmap.fill(colour);
-  QPainter p(&pixmap);
-  p.setPen(QColor(128, 128, 128));
-  p.drawRect(0, 0, size - 1, size - 1);
-  return QIcon(pixmap);
-}
-
 QWidget* Page(QLayout* layout) {
   auto* page = new QWidget;
   page->setLayout(layout);
@@ -168,7 +159,7 @@ QWidget* frmOptions::Colour(const char* key) {
     button->setProperty("value", value);
     const QColor c = ColourOf(value);
     const int size = button->fontMetrics().height();
-    button->setIcon(Swatch(c, size));
+    button->setIcon(Skins::Swatch(c, size));
     button->setText(c.name());
   };
   Bind(k, button,

@@ -84,6 +84,20 @@ Status UpdateEntry(classData& data, int32_t id, const ScanSettings& s) {
   return data.Flush() ? Status::OK() : data.status();
 }
 
+// A command on the disc of the chosen item; without one, refusal is shown.
+CommandHooks::Handler OnChosenDisc(const char* refusal,
+                                   std::function<void(frmMenu&, int32_t)> open) {
+  return [refusal, open = std::move(open)](const CommandContext& c) {
+    if (!c.window) return;
+    const int32_t disc = DiscOf(c.item);
+    if (disc <= 0) {
+      c.session->prompt().Message(refusal);
+      return;
+    }
+    open(*c.window, disc);
+  };
+}
+
 }  // namespace
 
 void ScanFeature::Register(CommandHooks& hooks) {
@@ -95,25 +109,13 @@ void ScanFeature::Register(CommandHooks& hooks) {
   hooks.Register(QStringLiteral("mnuCdAddNoScan"), [](const CommandContext& c) {
     if (c.window) OpenNoScan(*c.window, 0);
   });
-  hooks.Register(QStringLiteral("mnuCdRescan"), [](const CommandContext& c) {
-    if (!c.window) return;
-    const int32_t disc = DiscOf(c.item);
-    if (disc <= 0) {
-      c.session->prompt().Message(kChooseDiscToRescan);
-      return;
-    }
-    OpenScan(*c.window, disc);
-  });
+  hooks.Register(
+      QStringLiteral("mnuCdRescan"),
+      OnChosenDisc(kChooseDiscToRescan, [](frmMenu& w, int32_t disc) { OpenScan(w, disc); }));
   // The traditional view's "Edit..." opens the chosen disc's entry.
-  hooks.Register(QStringLiteral("popCdEdit"), [](const CommandContext& c) {
-    if (!c.window) return;
-    const int32_t disc = DiscOf(c.item);
-    if (disc <= 0) {
-      c.session->prompt().Message(kChooseDiscToEdit);
-      return;
-    }
-    OpenNoScan(*c.window, disc);
-  });
+  hooks.Register(
+      QStringLiteral("popCdEdit"),
+      OnChosenDisc(kChooseDiscToEdit, [](frmMenu& w, int32_t disc) { OpenNoScan(w, disc); }));
   hooks.Register(QStringLiteral("mnuCdEject"), [](const CommandContext& c) {
     if (!c.window) return;
     auto* dialog = new frmEjectCd(ScanSources::CurrentShared(), c.window);
