@@ -61,6 +61,19 @@ TEST_F(UiTest, NewCreatesAndOpensACatalogAndCloseEmptiesTheWindow) {
   prompt.files = {""};
   Trigger("mnuFileNew");
   EXPECT_FALSE(session().isOpen());
+
+  // New catalogs hold UTF-8, or Windows-1252 with "UnicodeEnabled" off.
+  prompt.files = {dir.File("ansi.cd")};
+  SettingsStore::PutBool("Switches", "UnicodeEnabled", false);
+  Trigger("mnuFileNew");
+  ASSERT_TRUE(session().isOpen());
+  EXPECT_EQ(session().writer()->GetEncoding(), TextEncoding::kWindows1252);
+  Trigger("mnuFileClose");
+  prompt.files = {dir.File("utf8.cd")};
+  SettingsStore::PutBool("Switches", "UnicodeEnabled", true);
+  Trigger("mnuFileNew");
+  ASSERT_TRUE(session().isOpen());
+  EXPECT_EQ(session().writer()->GetEncoding(), TextEncoding::kUtf8);
 }
 
 TEST_F(UiTest, PasswordIsSetChangedAndClearedUnderTheDialogsRules) {

@@ -9,6 +9,7 @@
 #include "catalog/basBackup.h"
 #include "ui/main/frmMenu.h"
 #include "ui/session/CatalogSession.h"
+#include "ui/session/UiSettings.h"
 #include "ui/widgets/UiText.h"
 
 namespace gorvan::ui {
@@ -26,6 +27,10 @@ std::string FolderOf(const std::string& path) {
 bool frmMenu::OpenCatalog(const std::string& path, bool mustExist) {
   OpenOptions options;
   options.mustExist = mustExist;
+  // "UnicodeEnabled" off: a catalog created here holds Windows-1252 text, as
+  // older programs of the format read it; on, UTF-8.
+  options.newEncoding =
+      UiSettings::Switch("UnicodeEnabled") ? TextEncoding::kUtf8 : TextEncoding::kWindows1252;
   const bool ok = session_.Open(path, options);
   RebuildHistory();
   return ok;
