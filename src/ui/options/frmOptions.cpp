@@ -197,7 +197,7 @@ QWidget* frmOptions::GeneralTab() {
   form->addRow(Check("lDragDrop", tr("&Drag and drop discs and categories in the tree")));
   form->addRow(
       Check("lInteractiveSearch", tr("Follow the search: select each &hit as it is found")));
-  form->addRow(Check("UnicodeEnabled", tr("New catalogs hold tr("Handle names as &Unicode")Unicode (UTF-8) text")));
+  form->addRow(Check("UnicodeEnabled", tr("New catalogs hold &Unicode (UTF-8) text")));
   form->addRow(Check("lNotifyNewVersion", tr("Check for a &newer version at every start")));
   return Page(form);
 }
