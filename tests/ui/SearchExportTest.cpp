@@ -1,16 +1,20 @@
 // The search results leave the program: the export window (text and XML,
-// against gorvan-cli's files for the same search) and the printed report.
+// against gorvan-cli's files for the same search) and the search report in
+// the print preview.
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <QElapsedTimer>
 #include <QFileInfo>
-#include <QPrintPreviewDialog>
-#include <QPrinter>
 #include <QRadioButton>
+#include <QRegularExpression>
+#include <cstdio>
 
 #include "app/SettingsStore.h"
 #include "ui/SearchFixture.h"
-#include "ui/search/SearchReport.h"
+#include "ui/reports/ReportPages.h"
+#include "ui/reports/frmPreview.h"
+#include "ui/search/SearchReportFormat.h"
 #include "ui/search/frmExport_Search.h"
 
 namespace gorvan::test {
@@ -138,6 +142,7 @@ TEST_F(SearchExportTest, AFileThatCannotBeWrittenIsToldAndLeavesNothing) {
   Control<QPushButton>(form, "btnPreview")->click();
   EXPECT_EQ(prompt.LastText(), "Nothing to Print!!");
   EXPECT_EQ(Find<ui::frmExport_Search>("frmExport_Search"), nullptr);
+  EXPECT_EQ(Find<ui::frmPreview>("frmPreview"), nullptr);
 
   Search(form, "txt");
   // A folder that is there but cannot be written into, and one that is not there.
@@ -160,92 +165,109 @@ TEST_F(SearchExportTest, AFileThatCannotBeWrittenIsToldAndLeavesNothing) {
   }
 }
 
-// The number of pages of a PDF written by Qt.
-int PdfPages(const std::string& pdf) {
-  int pages = 0;
-  for (size_t at = pdf.find("/Type /Page"); at != std::string::npos;
-       at = pdf.find("/Type /Page", at + 1)) {
-    if (pdf.compare(at, 12, "/Type /Pages") != 0) ++pages;
-  }
-  return pages;
-}
-
-TEST_F(SearchExportTest, TheReportListsTheRowsOnNumberedPages) {
+// The search report in the main window's print preview: the list's rows in
+// the order it shows them, under the search's text and category.
+TEST_F(SearchExportTest, TheReportIsTheListInItsOrderInThePrintPreview) {
   BuildSample(dir.File("s.cd"));
   StartOn(dir.File("s.cd"));
   ui::frmSearch* form = Open();
   ASSERT_TRUE(form);
   Check(form, "chkZip", true);
   Search(form, "*.*");
-  const int n = form->model()->rowCount();
-  ASSERT_GE(n, 8);
-  ui::SearchReport::Content c =
-      ui::SearchReport::Lines(*form->model(), QStringLiteral("*.*"), form->CategoryText());
-  EXPECT_EQ(c.title, QStringLiteral("Gorvan Search Report"));
-  EXPECT_EQ(c.searchFor, QStringLiteral("Search For : *.*"));
-  EXPECT_EQ(c.searchWithin, QStringLiteral("Search Within : All"));
-  EXPECT_EQ(c.header, (QStringList{"Item", "Cd or Folder", "Path"}));
-  EXPECT_EQ(c.widths, (std::vector<int>{3000, 2000, 7900}));
-  EXPECT_EQ(c.alignments, (std::vector<Qt::Alignment>(3, Qt::AlignHCenter)));
-  ASSERT_EQ(c.rows.size(), static_cast<size_t>(n));
-  for (int r = 0; r < n; ++r) {
-    const SearchResult& row = form->model()->RowAt(r);
-    EXPECT_EQ(c.rows[static_cast<size_t>(r)][0], QString::fromStdString(row.fileName));
-    EXPECT_EQ(c.rows[static_cast<size_t>(r)][1], QString::fromStdString(row.cdName));
-    EXPECT_EQ(c.rows[static_cast<size_t>(r)][2], QString::fromStdString(row.path));
-  }
+  ASSERT_GE(form->model()->rowCount(), 8);
+  // Sorted by name, last first: the report follows the list, not the search.
+  form->list()->sortByColumn(Model::kFileName, Qt::DescendingOrder);
+  ASSERT_TRUE(WaitFor([form] { return form->model()->sorted(); }));
 
-  // A PDF of the small report: one page with every row.
-  QPrinter printer(QPrinter::HighResolution);
-  printer.setOutputFormat(QPrinter::PdfFormat);
-  printer.setOutputFileName(QString::fromStdString(dir.File("report.pdf")));
-  ASSERT_TRUE(ui::SearchReport::Print(&printer, c));
-  const std::string pdf = ReadFileBytes(dir.File("report.pdf"));
-  EXPECT_EQ(pdf.rfind("%PDF", 0), 0u);
-  EXPECT_EQ(PdfPages(pdf), 1);
-  const QRectF page(0, 0, printer.width(), printer.height());
-  ui::SearchReport::Layout layout = ui::SearchReport::Paginate(c, page, &printer);
-  const QStringList texts = ui::SearchReport::PageTexts(c, layout, 0);
-  ASSERT_EQ(texts.size(), 3 + 3 + 3 * n + 1);
-  EXPECT_EQ(texts.mid(0, 6), (QStringList{"Gorvan Search Report", "Search For : *.*",
-                                          "Search Within : All", "Item", "Cd or Folder", "Path"}));
-  EXPECT_EQ(texts.back(), QStringLiteral("Page 1 of 1"));
-
-  // 100,000 rows: every row on exactly one page, in order; the PDF has them all.
-  c.rows.resize(100000, {QStringLiteral("item"), QStringLiteral("disc"), QStringLiteral("path")});
-  layout = ui::SearchReport::Paginate(c, page, &printer);
-  ASSERT_GT(layout.rowsPerPage, 20);
-  int next = 0;
-  for (int p = 0; p < layout.pages; ++p) {
-    auto [first, last] = ui::SearchReport::PageRows(layout, p);
-    EXPECT_EQ(first, next);
-    next = std::min(last, 100000);
-  }
-  EXPECT_EQ(next, 100000);
-  EXPECT_LT(ui::SearchReport::PageRows(layout, layout.pages - 1).first, 100000);
-  EXPECT_EQ(ui::SearchReport::PageTexts(c, layout, layout.pages - 1).back(),
-            QStringLiteral("Page %1 of %1").arg(layout.pages));
-  printer.setOutputFileName(QString::fromStdString(dir.File("large.pdf")));
-  int turns = 0;
-  ASSERT_TRUE(ui::SearchReport::Print(&printer, c, [&](int page, int pages) {
-    EXPECT_EQ(pages, layout.pages);
-    EXPECT_GT(page, 0);
-    ++turns;
+  // Each btnPreview shows the list as it is then, in the one preview window.
+  ui::frmPreview* preview = nullptr;
+  auto report = [&]() -> const ui::ReportPages* {
+    Control<QPushButton>(form, "btnPreview")->click();
+    preview = Find<ui::frmPreview>("frmPreview");
+    EXPECT_TRUE(preview && preview->isVisible() && !preview->busy());
+    return preview ? dynamic_cast<const ui::ReportPages*>(preview->report().get()) : nullptr;
+  };
+  auto inListOrder = [form](const ui::ReportDocument& doc) {
+    if (doc.lines.size() != static_cast<size_t>(form->model()->rowCount())) return false;
+    for (int r = 0; r < form->model()->rowCount(); ++r) {
+      const SearchResult& row = form->model()->RowAt(r);
+      const ui::ReportLine& line = doc.lines[static_cast<size_t>(r)];
+      if (line.kind != ui::ReportLineKind::kRow ||
+          line.text != QString::fromStdString(row.fileName + '\t' + row.cdName + '\t' + row.path))
+        return false;
+    }
     return true;
-  }));
-  EXPECT_GT(turns, 0);  // the event loop had its turns
-  EXPECT_EQ(PdfPages(ReadFileBytes(dir.File("large.pdf"))), layout.pages);
-  // Stopped at its first turn, printing gives up.
-  printer.setOutputFileName(QString::fromStdString(dir.File("stopped.pdf")));
-  EXPECT_FALSE(ui::SearchReport::Print(&printer, c, [](int, int) { return false; }));
+  };
+  const ui::ReportPages* pages = report();
+  ASSERT_TRUE(pages);
+  EXPECT_EQ(preview->parentWidget(), window.get());
+  EXPECT_EQ(preview->kind(), ui::frmPreview::Kind::kDocument);
+  EXPECT_EQ(preview->windowTitle(), QStringLiteral("Print Preview - Gorvan Search Report"));
+  const ui::ReportDocument& doc = pages->document();
+  EXPECT_EQ(doc.title, QStringLiteral("Gorvan Search Report"));
+  EXPECT_EQ(doc.intro, (QStringList{"Search For : *.*", "Search Within : All"}));
+  QStringList titles;
+  std::vector<int> shares;
+  for (const ui::ReportColumn& c : doc.columns) {
+    titles << c.title;
+    shares.push_back(c.weight);
+    EXPECT_EQ(c.align, ui::ReportAlign::kCentre) << c.title.toStdString();
+  }
+  EXPECT_EQ(titles, (QStringList{"Item", "Cd or Folder", "Path"}));
+  EXPECT_EQ(shares, (std::vector<int>{3000, 2000, 7900}));
+  // The format's other marks: ">" right, "<" or none left; no number, 1000.
+  const auto other = ui::ReportColumns(QStringLiteral("A|B|C"), QStringLiteral(">10|<x|5"));
+  ASSERT_EQ(other.size(), 3u);
+  EXPECT_EQ(other[0].align, ui::ReportAlign::kRight);
+  EXPECT_EQ(other[1].align, ui::ReportAlign::kLeft);
+  EXPECT_EQ(other[2].align, ui::ReportAlign::kLeft);
+  EXPECT_EQ(other[0].weight + other[1].weight + other[2].weight, 10 + 1000 + 5);
+  EXPECT_TRUE(inListOrder(doc));
+  Screenshot(preview, "frmPreview-search");
 
-  // The preview window of btnPreview.
-  Control<QPushButton>(form, "btnPreview")->click();
-  auto* preview = Find<QPrintPreviewDialog>("frmPreview");
-  ASSERT_TRUE(preview);
-  ASSERT_TRUE(WaitFor([preview] { return preview->isVisible() && preview->isEnabled(); }));
-  EXPECT_EQ(preview->windowTitle(), QStringLiteral("Gorvan Search Report"));
-  Screenshot(preview, "frmPreview");
+  // Rows merged into the sorted list: a report of some pages, saved as a PDF
+  // of as many pages.
+  std::vector<SearchResult> more(200);
+  for (size_t i = 0; i < more.size(); ++i) {
+    more[i].fileName = "hit " + std::to_string(i);
+    more[i].cdName = "Disc";
+    more[i].path = "/a/b";
+  }
+  form->model()->Append(more);
+  pages = report();
+  ASSERT_TRUE(pages);
+  EXPECT_TRUE(inListOrder(pages->document()));
+  ASSERT_GE(pages->pageCount(), 4);
+  Status saved = Status::Refused("not ended");
+  QObject::connect(preview, &ui::frmPreview::printed, preview,
+                   [&saved](const Status& s) { saved = s; });
+  const std::string pdf = dir.File("report.pdf");
+  preview->SaveAsPdf(QString::fromStdString(pdf));
+  ASSERT_TRUE(WaitFor([&] { return !saved.IsRefused(); }, 60000));
+  ASSERT_TRUE(saved.ok()) << saved.message();
+  const std::string bytes = ReadFileBytes(pdf);
+  const auto count =
+      QRegularExpression(QStringLiteral("/Type\\s*/Pages\\b[^>]*/Count\\s+(\\d+)"))
+          .match(QString::fromLatin1(bytes.data(), static_cast<qsizetype>(bytes.size())));
+  ASSERT_TRUE(count.hasMatch());
+  EXPECT_EQ(count.captured(1).toInt(), pages->pageCount());
+
+  // 100,000 rows: made and laid out at once, every page full (a search
+  // report has no headings), the list's last row on the last page.
+  more.resize(100000 - static_cast<size_t>(form->model()->rowCount()), more[0]);
+  form->model()->Append(more);
+  ASSERT_TRUE(WaitFor([form] { return form->model()->sorted(); }));
+  QElapsedTimer made;
+  made.start();
+  pages = report();
+  std::printf("search report of 100,000 rows made and laid out in %lld ms\n",
+              static_cast<long long>(made.elapsed()));
+  ASSERT_TRUE(pages);
+  EXPECT_TRUE(inListOrder(pages->document()));
+  EXPECT_LT(pages->firstPageLines(), pages->pageLines());  // the title and the two lines
+  const int rest = 100000 - pages->firstPageLines();
+  EXPECT_EQ(pages->pageCount(), 1 + (rest + pages->pageLines() - 1) / pages->pageLines());
+  EXPECT_EQ(pages->endLine(pages->pageCount() - 1), 100000u);
   preview->close();
   Idle();
 }

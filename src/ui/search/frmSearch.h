@@ -46,6 +46,7 @@ class QTableView;
 namespace gorvan::ui {
 
 class CatalogSession;
+struct ReportDocument;
 class SearchResultsModel;
 class SearchRun;
 class frmMenu;
@@ -95,9 +96,11 @@ class frmSearch : public QWidget {
   void PropertiesOfCurrent();
   void ViewZipOfCurrent();
   void ChooseFields();
-  // btnExport and btnPreview.
+  // btnExport and btnPreview (the report in the main window's print preview).
   void ExportResults();
   void PreviewList();
+  // The search report: the list's rows in the order it shows them.
+  std::shared_ptr<const ReportDocument> ReportOfList() const;
 
  Q_SIGNALS:
   // The search ended and its last rows are in the list.

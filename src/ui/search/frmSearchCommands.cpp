@@ -7,8 +7,9 @@
 #include "ui/dialogs/PropertiesDialog.h"
 #include "ui/explorer/Launcher.h"
 #include "ui/main/frmMenu.h"
+#include "ui/reports/frmPreview.h"
 #include "ui/search/FieldChooser.h"
-#include "ui/search/SearchReport.h"
+#include "ui/search/SearchReportFormat.h"
 #include "ui/search/SearchResultsModel.h"
 #include "ui/search/frmExport_Search.h"
 #include "ui/search/frmSearch.h"
@@ -257,8 +258,24 @@ void frmSearch::PreviewList() {
     session_.prompt().Message(kNothingToPrint, PromptIcon::kInformation);
     return;
   }
-  // The preview belongs to the main window: this window may close while pages are painted.
-  SearchReport::Preview(SearchReport::Lines(*model_, Qs(last_.text), lastCategory_), window());
+  // The preview belongs to the main window, as its other reports do: this
+  // window may close while the report is shown or printed.
+  frmPreview::Of(session_, &menu_)->ShowDocument(ReportOfList());
+}
+
+std::shared_ptr<const ReportDocument> frmSearch::ReportOfList() const {
+  auto doc = std::make_shared<ReportDocument>();
+  doc->title = tr(kSearchReportTitle);
+  doc->intro = {QStringLiteral("Search For : ") + RowText(last_.text),
+                QStringLiteral("Search Within : ") + RowText(Std(lastCategory_))};
+  doc->columns = ReportColumns(tr(kSearchReportHeader), QLatin1String(kSearchReportColumns));
+  const int n = model_->rowCount();
+  doc->lines.reserve(static_cast<size_t>(n));
+  for (int r = 0; r < n; ++r) {
+    const SearchResult& row = model_->RowAt(r);
+    doc->Row({RowText(row.fileName), RowText(row.cdName), RowText(row.path)});
+  }
+  return doc;
 }
 
 }  // namespace gorvan::ui
