@@ -76,7 +76,8 @@ TEST(ReportPagesTest, LongReportFillsEveryPageAndKeepsHeadingsWithTheirRows) {
   auto doc = std::make_shared<ui::ReportDocument>();
   doc->title = QStringLiteral("Title");
   doc->intro = {QStringLiteral("one"), QStringLiteral("two")};
-  doc->columns = {{QStringLiteral("Name"), 3}, {QStringLiteral("Size"), 1, true}};
+  doc->columns = {{QStringLiteral("Name"), 3},
+                  {QStringLiteral("Size"), 1, ui::ReportAlign::kRight}};
   for (int i = 0; i < 100000; ++i) {
     if (i % 37 == 0) {
       doc->Heading(QStringLiteral("folder %1").arg(i));

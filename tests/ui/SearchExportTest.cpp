@@ -1,16 +1,18 @@
 // The search results leave the program: the export window (text and XML,
-// against gorvan-cli's files for the same search) and the printed report.
+// against gorvan-cli's files for the same search) and the search report in
+// the print preview.
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <QFileInfo>
-#include <QPrintPreviewDialog>
-#include <QPrinter>
 #include <QRadioButton>
+#include <QRegularExpression>
 
 #include "app/SettingsStore.h"
 #include "ui/SearchFixture.h"
-#include "ui/search/SearchReport.h"
+#include "ui/reports/ReportPages.h"
+#include "ui/reports/frmPreview.h"
+#include "ui/search/SearchReportFormat.h"
 #include "ui/search/frmExport_Search.h"
 
 namespace gorvan::test {
@@ -138,6 +140,7 @@ TEST_F(SearchExportTest, AFileThatCannotBeWrittenIsToldAndLeavesNothing) {
   Control<QPushButton>(form, "btnPreview")->click();
   EXPECT_EQ(prompt.LastText(), "Nothing to Print!!");
   EXPECT_EQ(Find<ui::frmExport_Search>("frmExport_Search"), nullptr);
+  EXPECT_EQ(Find<ui::frmPreview>("frmPreview"), nullptr);
 
   Search(form, "txt");
   // A folder that is there but cannot be written into, and one that is not there.
@@ -160,92 +163,87 @@ TEST_F(SearchExportTest, AFileThatCannotBeWrittenIsToldAndLeavesNothing) {
   }
 }
 
-// The number of pages of a PDF written by Qt.
-int PdfPages(const std::string& pdf) {
-  int pages = 0;
-  for (size_t at = pdf.find("/Type /Page"); at != std::string::npos;
-       at = pdf.find("/Type /Page", at + 1)) {
-    if (pdf.compare(at, 12, "/Type /Pages") != 0) ++pages;
-  }
-  return pages;
-}
-
-TEST_F(SearchExportTest, TheReportListsTheRowsOnNumberedPages) {
+// The search report in the main window's print preview: the list's rows in
+// the order it shows them, under the search's text and category.
+TEST_F(SearchExportTest, TheReportIsTheListInItsOrderInThePrintPreview) {
   BuildSample(dir.File("s.cd"));
   StartOn(dir.File("s.cd"));
   ui::frmSearch* form = Open();
   ASSERT_TRUE(form);
   Check(form, "chkZip", true);
   Search(form, "*.*");
-  const int n = form->model()->rowCount();
-  ASSERT_GE(n, 8);
-  ui::SearchReport::Content c =
-      ui::SearchReport::Lines(*form->model(), QStringLiteral("*.*"), form->CategoryText());
-  EXPECT_EQ(c.title, QStringLiteral("Gorvan Search Report"));
-  EXPECT_EQ(c.searchFor, QStringLiteral("Search For : *.*"));
-  EXPECT_EQ(c.searchWithin, QStringLiteral("Search Within : All"));
-  EXPECT_EQ(c.header, (QStringList{"Item", "Cd or Folder", "Path"}));
-  EXPECT_EQ(c.widths, (std::vector<int>{3000, 2000, 7900}));
-  EXPECT_EQ(c.alignments, (std::vector<Qt::Alignment>(3, Qt::AlignHCenter)));
-  ASSERT_EQ(c.rows.size(), static_cast<size_t>(n));
-  for (int r = 0; r < n; ++r) {
-    const SearchResult& row = form->model()->RowAt(r);
-    EXPECT_EQ(c.rows[static_cast<size_t>(r)][0], QString::fromStdString(row.fileName));
-    EXPECT_EQ(c.rows[static_cast<size_t>(r)][1], QString::fromStdString(row.cdName));
-    EXPECT_EQ(c.rows[static_cast<size_t>(r)][2], QString::fromStdString(row.path));
+  // Sorted by name, last first: the report follows the list, not the search.
+  form->list()->sortByColumn(Model::kFileName, Qt::DescendingOrder);
+  ASSERT_TRUE(WaitFor([form] { return form->model()->sorted(); }));
+
+  // Each btnPreview: the list's rows in its order, in the main window's preview.
+  ui::frmPreview* preview = nullptr;
+  auto report = [&]() -> const ui::ReportPages* {
+    bool shown = false;
+    const auto c = QObject::connect(form, &ui::frmSearch::reportShown, [&] { shown = true; });
+    Control<QPushButton>(form, "btnPreview")->click();
+    EXPECT_TRUE(WaitFor([&] { return shown; }));
+    QObject::disconnect(c);
+    preview = Find<ui::frmPreview>("frmPreview");
+    EXPECT_TRUE(preview && preview->isVisible() && preview->parentWidget() == window.get());
+    auto* pages = preview ? dynamic_cast<const ui::ReportPages*>(preview->report().get()) : nullptr;
+    if (!pages) return nullptr;
+    QStringList listed, lines;
+    for (int r = 0; r < form->model()->rowCount(); ++r) {
+      const SearchResult& h = form->model()->RowAt(r);
+      listed << QString::fromStdString(h.fileName + '\t' + h.cdName + '\t' + h.path);
+    }
+    for (const ui::ReportLine& l : pages->document().lines) lines << l.text;
+    EXPECT_EQ(lines, listed);
+    return pages;
+  };
+  const ui::ReportPages* pages = report();
+  ASSERT_TRUE(pages);
+  const ui::ReportDocument& doc = pages->document();
+  EXPECT_EQ(doc.title, QStringLiteral("Gorvan Search Report"));
+  EXPECT_EQ(doc.intro, (QStringList{"Search For : *.*", "Search Within : All"}));
+  QStringList columns;  // as the format's "^" (centred), share and title
+  for (const ui::ReportColumn& c : doc.columns) {
+    columns << (c.align == ui::ReportAlign::kCentre ? "^" : "?") + QString::number(c.weight) + ' ' +
+                   c.title;
   }
+  EXPECT_EQ(columns.join('|'), QStringLiteral("^3000 Item|^2000 Cd or Folder|^7900 Path"));
+  // The format's other marks: ">" right, "<" or none left; no number, 1000.
+  const auto other = ui::ReportColumns(QStringLiteral("A|B"), QStringLiteral(">10|<x"));
+  EXPECT_TRUE(other[0].align == ui::ReportAlign::kRight && other[0].weight == 10 &&
+              other[1].align == ui::ReportAlign::kLeft && other[1].weight == 1000);
+  Screenshot(preview, "frmPreview-search");
 
-  // A PDF of the small report: one page with every row.
-  QPrinter printer(QPrinter::HighResolution);
-  printer.setOutputFormat(QPrinter::PdfFormat);
-  printer.setOutputFileName(QString::fromStdString(dir.File("report.pdf")));
-  ASSERT_TRUE(ui::SearchReport::Print(&printer, c));
-  const std::string pdf = ReadFileBytes(dir.File("report.pdf"));
-  EXPECT_EQ(pdf.rfind("%PDF", 0), 0u);
-  EXPECT_EQ(PdfPages(pdf), 1);
-  const QRectF page(0, 0, printer.width(), printer.height());
-  ui::SearchReport::Layout layout = ui::SearchReport::Paginate(c, page, &printer);
-  const QStringList texts = ui::SearchReport::PageTexts(c, layout, 0);
-  ASSERT_EQ(texts.size(), 3 + 3 + 3 * n + 1);
-  EXPECT_EQ(texts.mid(0, 6), (QStringList{"Gorvan Search Report", "Search For : *.*",
-                                          "Search Within : All", "Item", "Cd or Folder", "Path"}));
-  EXPECT_EQ(texts.back(), QStringLiteral("Page 1 of 1"));
+  // Rows merged into the sorted list: a report of some pages, saved as a PDF
+  // of as many pages.
+  std::vector<SearchResult> more(200);
+  for (size_t i = 0; i < more.size(); ++i) more[i].fileName = "hit " + std::to_string(i);
+  form->model()->Append(more);
+  pages = report();
+  ASSERT_TRUE(pages);
+  ASSERT_GE(pages->pageCount(), 4);
+  Status saved = Status::Refused("not ended");
+  QObject::connect(preview, &ui::frmPreview::printed, preview,
+                   [&saved](const Status& s) { saved = s; });
+  preview->SaveAsPdf(QString::fromStdString(dir.File("report.pdf")));
+  ASSERT_TRUE(WaitFor([&] { return !saved.IsRefused(); }, 60000));
+  ASSERT_TRUE(saved.ok()) << saved.message();
+  const QString pdf = QString::fromStdString(ReadFileBytes(dir.File("report.pdf")));
+  const auto count =
+      QRegularExpression(QStringLiteral("/Type\\s*/Pages\\b[^>]*/Count\\s+(\\d+)")).match(pdf);
+  ASSERT_TRUE(count.hasMatch());
+  EXPECT_EQ(count.captured(1).toInt(), pages->pageCount());
 
-  // 100,000 rows: every row on exactly one page, in order; the PDF has them all.
-  c.rows.resize(100000, {QStringLiteral("item"), QStringLiteral("disc"), QStringLiteral("path")});
-  layout = ui::SearchReport::Paginate(c, page, &printer);
-  ASSERT_GT(layout.rowsPerPage, 20);
-  int next = 0;
-  for (int p = 0; p < layout.pages; ++p) {
-    auto [first, last] = ui::SearchReport::PageRows(layout, p);
-    EXPECT_EQ(first, next);
-    next = std::min(last, 100000);
-  }
-  EXPECT_EQ(next, 100000);
-  EXPECT_LT(ui::SearchReport::PageRows(layout, layout.pages - 1).first, 100000);
-  EXPECT_EQ(ui::SearchReport::PageTexts(c, layout, layout.pages - 1).back(),
-            QStringLiteral("Page %1 of %1").arg(layout.pages));
-  printer.setOutputFileName(QString::fromStdString(dir.File("large.pdf")));
-  int turns = 0;
-  ASSERT_TRUE(ui::SearchReport::Print(&printer, c, [&](int page, int pages) {
-    EXPECT_EQ(pages, layout.pages);
-    EXPECT_GT(page, 0);
-    ++turns;
-    return true;
-  }));
-  EXPECT_GT(turns, 0);  // the event loop had its turns
-  EXPECT_EQ(PdfPages(ReadFileBytes(dir.File("large.pdf"))), layout.pages);
-  // Stopped at its first turn, printing gives up.
-  printer.setOutputFileName(QString::fromStdString(dir.File("stopped.pdf")));
-  EXPECT_FALSE(ui::SearchReport::Print(&printer, c, [](int, int) { return false; }));
-
-  // The preview window of btnPreview.
-  Control<QPushButton>(form, "btnPreview")->click();
-  auto* preview = Find<QPrintPreviewDialog>("frmPreview");
-  ASSERT_TRUE(preview);
-  ASSERT_TRUE(WaitFor([preview] { return preview->isVisible() && preview->isEnabled(); }));
-  EXPECT_EQ(preview->windowTitle(), QStringLiteral("Gorvan Search Report"));
-  Screenshot(preview, "frmPreview");
+  // 100,000 rows: every page full, as a search report has no headings; the
+  // list's last row on the last page.
+  more.resize(100000 - static_cast<size_t>(form->model()->rowCount()), more[0]);
+  form->model()->Append(more);
+  ASSERT_TRUE(WaitFor([form] { return form->model()->sorted(); }));
+  pages = report();
+  ASSERT_TRUE(pages);
+  const int rest = 100000 - pages->firstPageLines();
+  EXPECT_EQ(pages->pageCount(), 1 + (rest + pages->pageLines() - 1) / pages->pageLines());
+  EXPECT_EQ(pages->endLine(pages->pageCount() - 1), 100000u);
   preview->close();
   Idle();
 }

@@ -15,10 +15,13 @@
 
 namespace gorvan::ui {
 
+// How a column sets its texts: numbers to the right, some lists centred.
+enum class ReportAlign : unsigned char { kLeft, kCentre, kRight };
+
 struct ReportColumn {
   QString title;
-  int weight = 1;      // the column's share of the page's width
-  bool right = false;  // numbers: aligned to the right
+  int weight = 1;  // the column's share of the page's width
+  ReportAlign align = ReportAlign::kLeft;
 };
 
 enum class ReportLineKind : unsigned char { kHeading, kRow, kTotal };

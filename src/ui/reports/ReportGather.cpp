@@ -81,11 +81,11 @@ Status ReportGather::CatalogReport(classData& data, JobControl& job, ReportDocum
   out->intro = {Tr("Catalog : %1").arg(RowText(s.name)),
                 Tr("Printed : %1")
                     .arg(QLocale().toString(QDateTime::currentDateTime(), QLocale::LongFormat))};
-  out->columns = {{Tr("Disc"), 4200, false},
-                  {Tr("Last Scanned"), 2300, false},
-                  {Tr("Folders"), 1100, true},
-                  {Tr("Files"), 1200, true},
-                  {Tr("Size"), 1300, true}};
+  out->columns = {{Tr("Disc"), 4200, ReportAlign::kLeft},
+                  {Tr("Last Scanned"), 2300, ReportAlign::kLeft},
+                  {Tr("Folders"), 1100, ReportAlign::kRight},
+                  {Tr("Files"), 1200, ReportAlign::kRight},
+                  {Tr("Size"), 1300, ReportAlign::kRight}};
   out->lines.reserve(s.discs.size() + 3 * s.categories.size() + 4);
 
   struct Sum {
@@ -164,10 +164,10 @@ Status ReportGather::DiscReport(classData& data, int32_t discId, JobControl& job
              << Tr("%1 folder(s), %2 file(s), %3")
                     .arg(Count(disc.folders), Count(disc.files), SizeText(disc.totalSize));
   if (!disc.notes.empty()) out->intro << Tr("Notes : %1").arg(RowText(disc.notes));
-  out->columns = {{Tr("Name"), 5200, false},
-                  {Tr("Date"), 2300, false},
-                  {Tr("Size"), 1300, true},
-                  {Tr("Attributes"), 1100, false}};
+  out->columns = {{Tr("Name"), 5200, ReportAlign::kLeft},
+                  {Tr("Date"), 2300, ReportAlign::kLeft},
+                  {Tr("Size"), 1300, ReportAlign::kRight},
+                  {Tr("Attributes"), 1100, ReportAlign::kLeft}};
   out->lines.reserve(static_cast<size_t>(std::max(0, disc.folders + disc.files)) + 1);
 
   const bool audio = classCd::TypeExt(disc.mediaType) == 105;

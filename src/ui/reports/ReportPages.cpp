@@ -106,10 +106,25 @@ void ReportPages::paintPage(QPainter& painter, int page) const {
   const double gap = 8 * px;
   auto row = [&](const QFont& font, const QStringList& cells) {
     for (size_t i = 0; i < doc_->columns.size() && i < static_cast<size_t>(cells.size()); ++i) {
-      // Each cell keeps a gap to the next column, whichever way it aligns.
-      const bool last = i + 1 == doc_->columns.size();
-      textLine(font, cells[static_cast<qsizetype>(i)], x[i], x[i + 1] - x[i] - (last ? 0 : gap),
-               doc_->columns[i].right ? Qt::AlignRight : Qt::AlignLeft, line);
+      // Each cell keeps a gap to the next column, whichever way it aligns; a
+      // centred one keeps half of it on either side, so it centres under
+      // its column's middle.
+      const double after = i + 1 == doc_->columns.size() ? 0 : gap;
+      double left = x[i], right = x[i + 1] - after;
+      Qt::Alignment align = Qt::AlignLeft;
+      switch (doc_->columns[i].align) {
+        case ReportAlign::kLeft:
+          break;
+        case ReportAlign::kCentre:
+          align = Qt::AlignHCenter;
+          left += after / 2;
+          right += after / 2;
+          break;
+        case ReportAlign::kRight:
+          align = Qt::AlignRight;
+          break;
+      }
+      textLine(font, cells[static_cast<qsizetype>(i)], left, right - left, align, line);
     }
   };
   QStringList heads;

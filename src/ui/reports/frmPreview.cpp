@@ -61,6 +61,8 @@ frmPreview::frmPreview(CatalogSession& session, QWidget* parent)
   reports_ = new QComboBox;
   reports_->setObjectName(QStringLiteral("cboReport"));
   reports_->addItems({tr("Catalog Report"), tr("Disc Report"), tr("CD Cover")});
+  // Wide enough for a report another window adds later (ShowDocument).
+  reports_->setSizeAdjustPolicy(QComboBox::AdjustToContents);
   reportLabel->setBuddy(reports_);
   bar->addWidget(reportLabel);
   bar->addWidget(reports_);
@@ -117,7 +119,7 @@ frmPreview::frmPreview(CatalogSession& session, QWidget* parent)
   // A catalog closed or replaced ends the window: its report is of another.
   connect(&session_, &CatalogSession::closed, this, &frmPreview::close);
 
-  const QSize hint(fontMetrics().averageCharWidth() * 110, fontMetrics().height() * 45);
+  const QSize hint(fontMetrics().averageCharWidth() * 120, fontMetrics().height() * 45);
   restored_ = WindowLayout::RestoreSize(
       kWindowName, {static_cast<float>(hint.width()), static_cast<float>(hint.height())});
   resize(static_cast<int>(restored_.width), static_cast<int>(restored_.height));
@@ -125,6 +127,17 @@ frmPreview::frmPreview(CatalogSession& session, QWidget* parent)
 }
 
 frmPreview::~frmPreview() = default;
+
+frmPreview* frmPreview::Of(CatalogSession& session, QWidget* window) {
+  auto* preview =
+      window->findChild<frmPreview*>(QStringLiteral("frmPreview"), Qt::FindDirectChildrenOnly);
+  // A window just closed waits for its deletion: a new one takes its place.
+  if (!preview || !preview->isVisible()) preview = new frmPreview(session, window);
+  preview->show();
+  preview->raise();
+  preview->activateWindow();
+  return preview;
+}
 
 bool frmPreview::busy() const { return gather_ != nullptr || printJob_ != nullptr; }
 
@@ -394,15 +407,9 @@ void RegisterReports(CommandHooks& hooks) {
       default:
         break;
     }
-    auto* window =
-        c.window->findChild<frmPreview*>(QStringLiteral("frmPreview"), Qt::FindDirectChildrenOnly);
-    // A window just closed waits for its deletion: a new one takes its place.
-    if (!window || !window->isVisible()) window = new frmPreview(*c.session, c.window);
+    frmPreview* window = frmPreview::Of(*c.session, c.window);
     window->SetDisc(disc);
     window->ShowReport(disc != 0 ? frmPreview::Kind::kDisc : frmPreview::Kind::kCatalog);
-    window->show();
-    window->raise();
-    window->activateWindow();
   });
 }
 

@@ -8,7 +8,8 @@
 // pages at once and painted one page at a time as they come into sight.
 // Printing and saving also run on a worker thread, page by page, with Stop.
 //
-// Other windows show their own lines with ShowDocument.
+// Other windows show their own lines with ShowDocument (the search window's
+// report: Of(session, main window)->ShowDocument(lines)).
 //
 // Opened by mnuFilePreview (popCdPreview and popBrowse1Preview run it with
 // their item): on a disc, or a folder or file of one, it shows that disc's
@@ -50,6 +51,10 @@ class frmPreview : public QMainWindow {
 
   explicit frmPreview(CatalogSession& session, QWidget* parent = nullptr);
   ~frmPreview() override;
+
+  // The preview window of window (the main window): there is one; it is made
+  // when there is none, or only one just closed. Shown and brought forward.
+  static frmPreview* Of(CatalogSession& session, QWidget* window);
 
   // The disc the disc report and the cover are of (0: none; only the
   // catalog report is offered then).

@@ -159,6 +159,15 @@ std::vector<SearchResult> SearchResultsModel::RowsInOrder() const {
   return out;
 }
 
+std::vector<const SearchResult*> SearchResultsModel::RowsInOrder(
+    std::shared_ptr<const void>* keep) const {
+  *keep = rows_;
+  std::vector<const SearchResult*> out;
+  out.reserve(order_.size());
+  for (int i : order_) out.push_back(&(*rows_)[static_cast<size_t>(i)]);
+  return out;
+}
+
 int SearchResultsModel::RowIndex(int viewRow) const {
   if (viewRow < 0 || viewRow >= static_cast<int>(order_.size())) return -1;
   return order_[static_cast<size_t>(viewRow)];

@@ -70,6 +70,9 @@ class SearchResultsModel : public QAbstractTableModel {
   }
   // Every row in the order the list shows them.
   std::vector<SearchResult> RowsInOrder() const;
+  // The same rows, to be read on another thread: a row never moves while
+  // rows are added, and *keep holds the rows alive when the list is emptied.
+  std::vector<const SearchResult*> RowsInOrder(std::shared_ptr<const void>* keep) const;
   // The row shown at view row viewRow, as numbered when found; the view row
   // of such a row. -1 when there is none.
   int RowIndex(int viewRow) const;

@@ -102,6 +102,7 @@ frmSearch::frmSearch(frmMenu& menu, QWidget* parent)
 }
 
 frmSearch::~frmSearch() {
+  if (reportMaker_.joinable()) reportMaker_.join();
   run_.reset();
   retired_.clear();
   SaveLayout();

@@ -26,6 +26,7 @@
 #include <QPointer>
 #include <QWidget>
 #include <memory>
+#include <thread>
 #include <vector>
 
 #include "app/WindowLayout.h"
@@ -95,13 +96,17 @@ class frmSearch : public QWidget {
   void PropertiesOfCurrent();
   void ViewZipOfCurrent();
   void ChooseFields();
-  // btnExport and btnPreview.
+  // btnExport and btnPreview. PreviewList makes the search report of the
+  // list's rows, in the order it shows them, on a thread of its own, then
+  // shows it in the main window's print preview (reportShown).
   void ExportResults();
   void PreviewList();
 
  Q_SIGNALS:
   // The search ended and its last rows are in the list.
   void searchFinished();
+  // PreviewList's report is in the print preview.
+  void reportShown();
 
  protected:
   void closeEvent(QCloseEvent* event) override;
@@ -157,6 +162,8 @@ class frmSearch : public QWidget {
   std::vector<std::unique_ptr<SearchRun>> retired_;
   SearchOptions last_;
   QString lastCategory_;
+  std::thread reportMaker_;  // PreviewList's lines
+  bool makingReport_ = false;
   int32_t startupCategory_ = 0;
   bool follow_ = false;
   bool stopped_ = false;

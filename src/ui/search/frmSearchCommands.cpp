@@ -7,8 +7,9 @@
 #include "ui/dialogs/PropertiesDialog.h"
 #include "ui/explorer/Launcher.h"
 #include "ui/main/frmMenu.h"
+#include "ui/reports/frmPreview.h"
 #include "ui/search/FieldChooser.h"
-#include "ui/search/SearchReport.h"
+#include "ui/search/SearchReportFormat.h"
 #include "ui/search/SearchResultsModel.h"
 #include "ui/search/frmExport_Search.h"
 #include "ui/search/frmSearch.h"
@@ -252,13 +253,45 @@ void frmSearch::ExportResults() {
 }
 
 void frmSearch::PreviewList() {
-  if (searching()) return;
+  if (searching() || makingReport_) return;
   if (model_->rowCount() == 0) {
     session_.prompt().Message(kNothingToPrint, PromptIcon::kInformation);
     return;
   }
-  // The preview belongs to the main window: this window may close while pages are painted.
-  SearchReport::Preview(SearchReport::Lines(*model_, Qs(last_.text), lastCategory_), window());
+  auto doc = std::make_shared<ReportDocument>();
+  doc->title = tr(kSearchReportTitle);
+  doc->intro = {QStringLiteral("Search For : ") + RowText(last_.text),
+                QStringLiteral("Search Within : ") + RowText(Std(lastCategory_))};
+  doc->columns = ReportColumns(tr(kSearchReportHeader), QLatin1String(kSearchReportColumns));
+  // The rows' texts are copied on a thread of their own: 100,000 rows take
+  // a few hundred milliseconds. The rows it reads stay as they are meanwhile
+  // (kept alive by keep, should the list be emptied).
+  std::shared_ptr<const void> keep;
+  std::vector<const SearchResult*> rows = model_->RowsInOrder(&keep);
+  if (reportMaker_.joinable()) reportMaker_.join();
+  makingReport_ = true;
+  reportMaker_ = std::thread([this, doc, rows = std::move(rows), keep = std::move(keep)] {
+    doc->lines.reserve(rows.size());
+    for (const SearchResult* row : rows) {
+      // The cells joined in place: RowText leaves no tab in a text.
+      QString text = RowText(row->fileName);
+      text += QLatin1Char('\t') + RowText(row->cdName) + QLatin1Char('\t') + RowText(row->path);
+      text.squeeze();
+      doc->lines.push_back({ReportLineKind::kRow, std::move(text)});
+    }
+    // Dropped if this window is gone by then.
+    QMetaObject::invokeMethod(
+        this,
+        [this, doc] {
+          makingReport_ = false;
+          if (!session_.isOpen()) return;
+          // The preview belongs to the main window, as its other reports do:
+          // this window may close while the report is shown or printed.
+          frmPreview::Of(session_, &menu_)->ShowDocument(doc);
+          Q_EMIT reportShown();
+        },
+        Qt::QueuedConnection);
+  });
 }
 
 }  // namespace gorvan::ui
