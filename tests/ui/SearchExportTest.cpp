@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <QFileInfo>
+#include <QLabel>
 #include <QRadioButton>
 #include <QRegularExpression>
 
@@ -182,7 +183,11 @@ TEST_F(SearchExportTest, TheReportIsTheListInItsOrderInThePrintPreview) {
     bool shown = false;
     const auto c = QObject::connect(form, &ui::frmSearch::reportShown, [&] { shown = true; });
     Control<QPushButton>(form, "btnPreview")->click();
+    EXPECT_EQ(Control<QLabel>(form, "lblCount")->text(),
+              QStringLiteral("Creating Search Results Report"));
     EXPECT_TRUE(WaitFor([&] { return shown; }));
+    EXPECT_NE(Control<QLabel>(form, "lblCount")->text(),
+              QStringLiteral("Creating Search Results Report"));
     QObject::disconnect(c);
     preview = Find<ui::frmPreview>("frmPreview");
     EXPECT_TRUE(preview && preview->isVisible() && preview->parentWidget() == window.get());

@@ -1,5 +1,6 @@
 // frmSearch: the pop-up commands on a result, export and print.
 #include <QHeaderView>
+#include <QLabel>
 #include <QMenu>
 #include <QTableView>
 
@@ -270,6 +271,7 @@ void frmSearch::PreviewList() {
   std::vector<const SearchResult*> rows = model_->RowsInOrder(&keep);
   if (reportMaker_.joinable()) reportMaker_.join();
   makingReport_ = true;
+  lblCount_->setText(tr(kSearchReportProgress));
   reportMaker_ = std::thread([this, doc, rows = std::move(rows), keep = std::move(keep)] {
     doc->lines.reserve(rows.size());
     for (const SearchResult* row : rows) {
@@ -284,6 +286,7 @@ void frmSearch::PreviewList() {
         this,
         [this, doc] {
           makingReport_ = false;
+          UpdateCount();
           if (!session_.isOpen()) return;
           // The preview belongs to the main window, as its other reports do:
           // this window may close while the report is shown or printed.
