@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstdio>
 #include <ctime>
+#include <limits>
 #include <unordered_map>
 #include <unordered_set>
 
@@ -114,10 +115,19 @@ struct CatalogSearch::Walk {
   void StartRow(SearchResult::Kind kind, double date) {
     row.kind = kind;
     row.categoryId = categoryId;
-    row.date = FormatGeneralDate(date);
-    row.internalDate = InternalDateKey(date);
+    // Hits in a row often share their date (the files of one folder, one
+    // install): the texts of the last date are kept.
+    if (date != lastDate) {
+      lastDate = date;
+      lastDateText = FormatGeneralDate(date);
+      lastInternalDate = InternalDateKey(date);
+    }
+    row.date = lastDateText;
+    row.internalDate = lastInternalDate;
     row.cdName = cdName;
   }
+  double lastDate = std::numeric_limits<double>::quiet_NaN();
+  std::string lastDateText, lastInternalDate;
 };
 
 CatalogSearch::CatalogSearch(classData& data) : data_(data) {}
@@ -187,9 +197,8 @@ Status CatalogSearch::Run(const SearchOptions& options, const RowSink& onRow, Jo
   }
 
   criteria_.CreateMatcher();
-  criteria_.PrepareSearch(options.text, options.caseSensitive, options.inNames,
-                          options.inPathNames, options.inComments, options.inExtra,
-                          options.matchMode, categoryName);
+  criteria_.PrepareSearch(options.text, options.caseSensitive, options.inNames, options.inPathNames,
+                          options.inComments, options.inExtra, options.matchMode, categoryName);
 
   Walk w;
   w.onRow = onRow ? &onRow : nullptr;
